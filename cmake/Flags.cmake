@@ -1,0 +1,31 @@
+# What every target is compiled and linked with.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+
+# asprintf, GNU strerror_r, thread-safe look-ups; 64-bit file offsets on 32-bit devices.
+add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64)
+add_compile_options(
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wmissing-declarations
+    -fstack-protector-strong
+    # No build path in what ships: asserts and debug information name files from the project's root.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+add_link_options(-Wl,--enable-new-dtags -Wl,-z,relro -Wl,-z,now)
+if(SYSCMD_WERROR)
+    add_compile_options(-Werror)
+endif()
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel|RelWithDebInfo)$")
+    add_compile_definitions(_FORTIFY_SOURCE=2)
+endif()
+
+include_directories(${CMAKE_SOURCE_DIR})

@@ -1,0 +1,1 @@
+// stands in until the first unit
