@@ -11,6 +11,7 @@
  */
 #pragma once
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,6 +27,8 @@
 #define AUTO_CLOSE_FILE __attribute__((cleanup(closeOwnedFile)))
 /** Closes a stream of popen() with pclose() at the end of the scope; the local may be null. */
 #define AUTO_CLOSE_PIPE __attribute__((cleanup(closeOwnedPipe)))
+/** Closes a directory stream at the end of the scope; the local may be null. */
+#define AUTO_CLOSE_DIR __attribute__((cleanup(closeOwnedDir)))
 
 /** Returns the pointer and leaves null behind: for handing a local to a caller or a structure. */
 template<typename T> T* take(T*& local)
@@ -85,6 +88,16 @@ inline void closeOwnedPipe(FILE** local)
     const int error = errno;
     if (*local != nullptr) {
         pclose(*local);
+    }
+    errno = error;
+}
+
+/** The cleanup of AUTO_CLOSE_DIR. */
+inline void closeOwnedDir(DIR* const* local)
+{
+    const int error = errno;
+    if (*local != nullptr) {
+        closedir(*local);
     }
     errno = error;
 }

@@ -1,12 +1,13 @@
 #include "liblst/whole_file.h"
 
+#include "liblst/grow.h"
 #include "liblst/owned.h"
+#include "liblst/retry.h"
 
 #include <poll.h>
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace {
 
@@ -26,29 +27,19 @@ std::size_t sizeOf(int fd)
     );
 }
 
-/** read(), tried again after EINTR and EAGAIN with errno restored. */
+/** read(), tried again after EINTR and EAGAIN. */
 ssize_t readPatiently(int fd, char* to, std::size_t size)
 {
     const int error = errno;
     for (;;) {
         const ssize_t got = read(fd, to, size);
-        if (got >= 0 || (errno != EINTR && errno != EAGAIN)) {
+        if (got >= 0 || !retryAfter(fd, POLLIN, error)) {
             return got;
         }
-        if (errno == EAGAIN) {
-            waitFor(fd, POLLIN);
-        }
-        errno = error;
     }
 }
 
 } // namespace
-
-void waitFor(int fd, short events)
-{
-    pollfd waited = {.fd = fd, .events = events, .revents = 0};
-    poll(&waited, 1, -1);
-}
 
 char* readToEnd(int fd, OnReadError on_error)
 {
@@ -72,13 +63,8 @@ char* readToEnd(int fd, OnReadError on_error)
         if (length == hint && length < capacity - 1) {
             break; // a short read that ends where the regular file ends: no need to ask again
         }
-        if (length == capacity - 1) {
-            capacity = std::max(capacity * 2, FIRST_CHUNK);
-            char* grown = static_cast<char*>(std::realloc(text, capacity));
-            if (grown == nullptr) {
-                return nullptr;
-            }
-            text = grown;
+        if (length == capacity - 1 && !growArray(text, capacity, FIRST_CHUNK)) {
+            return nullptr;
         }
     }
     if (length == 0) {
@@ -86,8 +72,7 @@ char* readToEnd(int fd, OnReadError on_error)
     }
     text[length] = '\0';
     if (length + 2 < capacity) {
-        char* exact = static_cast<char*>(std::realloc(text, length + 1));
-        text = exact != nullptr ? exact : text; // what cannot be shrunk is still the result
+        shrinkArray(text, length + 1);
     }
     return take(text);
 }

@@ -24,11 +24,3 @@ enum class OnReadError {
  *         a failed read as `on_error` says, and exhausted memory (errno ENOMEM, the text released)
  */
 char* readToEnd(int fd, OnReadError on_error);
-
-/**
- * Sleeps until `fd` takes or gives data, after an EAGAIN.
- *
- * @param fd      the descriptor
- * @param events  POLLIN or POLLOUT
- */
-void waitFor(int fd, short events);
