@@ -1,5 +1,5 @@
 /**
- * device-keeper [--proot] [--remove DIR] COMMAND [ARG...]
+ * device-keeper [--proot] [--remove DIR]... COMMAND [ARG...]
  *
  * Runs a device's command and sees to it that nothing of the device outlives it. Two processes: the
  * front one is what the caller waits for and signals; the other is the parent that orphans of the
@@ -29,6 +29,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace {
 
@@ -38,7 +39,7 @@ constexpr int CANNOT_RUN = 125;
 
 struct Job {
     bool proot = false;
-    fs::path remove; // empty: nothing to remove
+    std::vector<fs::path> remove;
     char** command = nullptr;
     sigset_t callers_mask{};
     sigset_t signals{};
@@ -133,8 +134,8 @@ int keep(const Job& job, pid_t front)
     if (command > 0)
         status = await_command(command, report[0], signals);
     end_descendants();
-    if (!job.remove.empty())
-        remove_folder(job.remove);
+    for (const auto& folder : job.remove)
+        remove_folder(folder);
     return status;
 }
 
@@ -164,7 +165,7 @@ bool parse(Job& job, char** arguments)
         if (argument == "--proot")
             job.proot = true;
         else if (argument == "--remove" && arguments[1] != nullptr)
-            job.remove = *++arguments;
+            job.remove.emplace_back(*++arguments);
         else
             break;
     }
@@ -178,7 +179,7 @@ int main(int, char** arguments)
 {
     Job job;
     if (!parse(job, arguments + 1)) {
-        std::fputs("usage: device-keeper [--proot] [--remove DIR] COMMAND [ARG...]\n", stderr);
+        std::fputs("usage: device-keeper [--proot] [--remove DIR]... COMMAND [ARG...]\n", stderr);
         return 2;
     }
     sigemptyset(&job.signals);

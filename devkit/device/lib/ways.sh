@@ -57,10 +57,12 @@ enter() {
 enter_proot() {
     local tree mount path binds=()
     tree=$(mktemp -d /tmp/bw.XXXXXX)
+    remove=(--remove "$tree")
     # Until the keeper takes over.
-    trap 'rm -rf "$tree"' EXIT
+    trap 'rm -rf "${remove[@]}"' EXIT
     fill_tree "$tree"
     link_tools "$tree"
+    install -m 755 "$DEVICE_HOME/files/journalctl" "$tree/bin/journalctl"
     mkdir "$tree/proot"
     binds=(-b "$tree/passwd:/etc/passwd" -b "$tree/group:/etc/group" -b "$tree/bin:/usr/bin"
         -b "/usr/bin:$REAL_TOOLS")
@@ -72,8 +74,20 @@ enter_proot() {
         mkdir -p "$(place_in_tree "$tree" "$path")"
         binds+=(-b "$path:$path")
     done
-    # Leak checks trace the process, which proot already does.
+    bind_control_groups
+    # A leak check traces its process, and proot does already.
     export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
     export PROOT_TMP_DIR=$tree/proot
-    exec "$KEEPER" --proot --remove "$tree" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside" "$@"
+    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside" "$@"
+}
+
+# journald ends when /sys/fs/cgroup is no control group file system. Where the host has none, a
+# tmpfs with a folder named systemd passes for the oldest kind of them.
+bind_control_groups() {
+    local folder
+    case $(stat -f -c %T /sys/fs/cgroup) in cgroup2fs | tmpfs) return ;; esac
+    folder=$(mktemp -d /dev/shm/bw.XXXXXX)
+    mkdir "$folder/systemd"
+    remove+=(--remove "$folder")
+    binds+=(-b "$folder:/sys/fs/cgroup")
 }
