@@ -1,0 +1,47 @@
+#include "devkit/boxwelld/orders.h"
+
+#include <SQLiteCpp/Statement.h>
+#include <SQLiteCpp/Transaction.h>
+#include <SQLiteCpp/VariadicBind.h>
+
+void place_order(Store& store, const Order& order, int skip, int count)
+{
+    SQLite::Statement row(
+        store.database(), "INSERT INTO orders (kind, text, skip, count) VALUES (?, ?, ?, ?)"
+    );
+    SQLite::bind(row, order.kind, order.text, skip, count);
+    row.exec();
+}
+
+std::optional<Order> take_order(Store& store)
+{
+    SQLite::Database& database = store.database();
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    std::optional<Order> order;
+    SQLite::Statement row(
+        database, "SELECT id, kind, text FROM orders WHERE skip = 0 ORDER BY id LIMIT 1"
+    );
+    std::int64_t id = 0;
+    if (row.executeStep()) {
+        id = row.getColumn(0).getInt64();
+        order = Order{row.getColumn(1), row.getColumn(2)};
+    }
+    row.reset();
+    // A count of 1 is used up, a count of 0 never is.
+    SQLite::Statement used(database, "DELETE FROM orders WHERE id = ? AND count = 1");
+    SQLite::bind(used, id);
+    used.exec();
+    SQLite::Statement left(
+        database, "UPDATE orders SET count = count - 1 WHERE id = ? AND count > 1"
+    );
+    SQLite::bind(left, id);
+    left.exec();
+    database.exec("UPDATE orders SET skip = skip - 1 WHERE skip > 0");
+    transaction.commit();
+    return order;
+}
+
+void clear_orders(Store& store)
+{
+    store.database().exec("DELETE FROM orders");
+}

@@ -1,0 +1,28 @@
+/** Ordered replies: what the daemon is to do with requests to come, kept in its state. */
+#pragma once
+
+#include "devkit/boxwelld/store.h"
+
+#include <optional>
+#include <string>
+
+struct Order {
+    std::string kind;
+    std::string text;
+
+    /** As the transcript tells it. */
+    std::string to_string() const { return text.empty() ? kind : kind + ' ' + text; }
+};
+
+/**
+ * Puts an order behind those that wait.
+ *
+ * @param skip   requests that pass before it counts
+ * @param count  requests that it counts for; 0: all
+ */
+void place_order(Store& store, const Order& order, int skip, int count);
+
+/** The order for the request that has just come, if there is one: the first whose turn it is. */
+std::optional<Order> take_order(Store& store);
+
+void clear_orders(Store& store);

@@ -1,0 +1,67 @@
+/**
+ * The daemon's state in SQLite: groups, accounts, remote users, the cloud owner. What contradicts
+ * the state is thrown as a Refusal, a failing database or file as another std::exception.
+ */
+#pragma once
+
+#include "devkit/boxwelld/account.h"
+#include "devkit/boxwelld/files.h"
+
+#include <SQLiteCpp/Database.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+enum class Property {
+    UserName,
+    EmailAddress,
+};
+enum class Match {
+    Equal, // byte for byte
+    Like,  // contained, whatever the case of ASCII letters
+};
+
+class Store {
+  public:
+    /** Opens the state, and makes it where there is none. */
+    explicit Store(const Paths& paths);
+
+    /**
+     * Runs `work` as one transaction, then brings passwd and group in step. If any of that fails,
+     * nothing has changed, and the failure is thrown on.
+     */
+    void change(const std::function<void()>& work);
+
+    // Within change():
+    /** Adds an account with fields.name and fields.group, and a new id where none is given. */
+    std::int64_t add_account(const AccountFields& fields, std::optional<std::int64_t> id = {});
+    void set_account(std::int64_t id, const AccountFields& fields);
+    void delete_account(std::int64_t id);
+    void add_membership(std::int64_t account, const std::string& group);
+    void add_group(const std::string& name, std::optional<std::int64_t> id);
+    void add_remote_user(const RemoteUser& user);
+    void delete_remote_user(const std::string& name);
+    /** The empty name: none. */
+    void set_cloud_owner(const std::string& name);
+    /** Removes everything, orders included. */
+    void clear();
+
+    // In any case; sorted by name, groups by id:
+    std::vector<Account> accounts();
+    std::vector<Account> find_accounts(Property property, Match match, const std::string& value);
+    std::vector<Group> groups();
+    std::vector<RemoteUser> remote_users();
+    std::string cloud_owner();
+
+    SQLite::Database& database() { return database_; }
+
+  private:
+    void write_account_files();
+    void set_name(std::int64_t id, const std::string& name);
+    void set_column(std::int64_t id, const char* column, const std::string& value);
+    std::int64_t group_id(const std::string& name);
+
+    Paths paths_;
+    SQLite::Database database_;
+};

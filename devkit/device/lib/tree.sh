@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# The device's private files. Sourced by the launcher and by what runs inside the device.
+
+# FOLDER:PLACE - a folder of the private tree and where it stands in the device; /run is the last.
+DEVICE_MOUNTS=(opt:/opt log:/var/log lib:/var/lib shm:/dev/shm run:/run)
+
+# Where the host's tools are when /usr/bin is a folder of links to them.
+REAL_TOOLS=/run/.tools
+
+# fill_tree TREE: makes the private files in the empty folder TREE.
+fill_tree() {
+    local tree=$1 files=$DEVICE_HOME/files
+    mkdir -p "$tree"/{opt/skyhold/etc,opt/linkhub/etc,log,lib/boxwelld,lib/device,shm,bin} \
+        "$tree"/run/{.tools,systemd/journal,systemd/journald.conf.d,log/journal}
+    chmod 755 "$tree"
+    chmod 1777 "$tree/shm"
+    # The host's system users and groups; people are the daemon's affair.
+    awk -F: '$3 < 1000 || $3 == 65534' /etc/passwd >"$tree/passwd"
+    awk -F: '($3 < 1000 || $3 == 65534) && $1 !~ /^(admin|sky-hold|share)$/' /etc/group >"$tree/group"
+    cp -R "$files/info" "$tree/lib/device/info"
+    cp "$files/journald.conf" "$tree/run/systemd/journald.conf.d/device.conf"
+    cp "$files/linkagent.conf" "$tree/opt/linkhub/etc/linkagent.conf"
+    install -m 755 "$files/boxwellinfo" "$files/event_push" "$tree/bin"
+    [ "$DEVICE_LOG_FILE" = no ] || : >"$tree/log/shbroker.log"
+    write_owner_file "$tree"
+}
+
+# The owner file as a registration leaves it: one line without an end.
+write_owner_file() {
+    local tree=$1 info=$1/lib/device/info
+    printf '%s' '<?xml version="1.0" encoding="utf-8"?><registration><owner>alice</owner>' \
+        "<model>$(<"$info/Model")</model>" \
+        "<firmware_id>$(<"$info/Firmware_Version")</firmware_id>" \
+        "<firmware_time>$(<"$info/Firmware_Time")</firmware_time>" \
+        "<serial>$(<"$info/Serial")</serial>" \
+        "<link_agent_id>$(cut -c 12- "$tree/opt/linkhub/etc/linkagent.conf" | cut -d ' ' -f 1)</link_agent_id>" \
+        '<p2powner>alice-p2p</p2powner></registration>' >"$tree/opt/skyhold/etc/registration.conf"
+}
+
+# link_tools TREE: fills TREE/bin with links to the host's tools, where they cannot be overlaid.
+link_tools() {
+    find /usr/bin -mindepth 1 -maxdepth 1 -printf "$REAL_TOOLS/%f\0" |
+        xargs -0 ln -s -t "$1/bin"
+}
+
+# is_hidden PATH: whether a folder of the device hides PATH of the host.
+is_hidden() {
+    local mount
+    for mount in "${DEVICE_MOUNTS[@]}"; do
+        case $1 in "${mount#*:}"/?*) return 0 ;; esac
+    done
+    return 1
+}
+
+# place_in_tree TREE PATH: where the hidden PATH is in the private tree.
+place_in_tree() {
+    local mount place
+    for mount in "${DEVICE_MOUNTS[@]}"; do
+        place=${mount#*:}
+        case $2 in "$place"/?*) echo "$1/${mount%%:*}${2#"$place"}" ;; esac
+    done
+}
