@@ -23,6 +23,9 @@ constexpr std::size_t MAX_USERNAME_LENGTH = 31;
 /** The device's owner file: who owns it in the cloud, and what device it is. */
 #define OWNER_FILE "/opt/skyhold/etc/registration.conf"
 
+/** The flag, by its existence, that this device's users were upgraded to single sign-on. */
+#define SSO_UPGRADE_FLAG "/opt/skyhold/etc/.sso_upgraded"
+
 /** What the broker reads from a transaction after a command; the values are the broker's. */
 enum ETransactionCode : std::int32_t {
     CODE_SUCCEED = 0,
@@ -78,3 +81,77 @@ class ITransaction {
     virtual const std::string& getRangeStart() const = 0;
     virtual const std::string& getRangeEnd() const = 0;
 };
+
+/**
+ * Decodes Base64 (RFC 4648, standard alphabet); other characters are passed over.
+ *
+ * @return the decoded bytes as a newly allocated NUL-terminated text, which the caller releases
+ * with free(); null for null or when memory runs out
+ */
+char* ptDecodeBase64(const char* b64str);
+
+/**
+ * Reads the whole file at a formatted path.
+ *
+ * @return its content, which the caller releases with free(); null when it cannot be opened or
+ *         closed, is empty, or memory runs out
+ */
+[[gnu::format(printf, 1, 2)]] char* aGetFile(const char* format, ...);
+
+/**
+ * Reads an open descriptor to its end; an interrupted read is repeated, a failed one ends the text.
+ * The descriptor stays open.
+ *
+ * @return what was read, which the caller releases with free(); null for nothing
+ */
+char* aGetFileContent(int fn);
+
+/**
+ * Reads the first line of a stream, without its line end: at most `bufsize` - 1 bytes, of which
+ * every carriage return and line feed becomes a NUL.
+ *
+ * @return 0, or -1 when nothing could be read
+ */
+int readline(char* buf, int bufsize, FILE* file);
+
+/**
+ * Makes a text of `length` random digits 0-9a-f. Reseeds rand() with the time in seconds: two calls
+ * within a second give the same text.
+ *
+ * @return 0 with `*result` set, -1 when memory runs out or an argument is bad
+ */
+int generateHashString(char** result, int length);
+
+/** A buffer for the text of an errno value. */
+using ErrorText = char[128];
+
+/** Fills `buffer` with the text of the errno value `error` (strerror_r(3)); returns the buffer. */
+const char* errorText(ErrorText& buffer, int error);
+
+/**
+ * Writes the owner file: one line of XML without a line end, values as they are. The file is
+ * emptied first, and deleted when the device information turns out incomplete.
+ *
+ * @param use_linkhub   whether to include the remote-access agent's id, where there is one
+ * @param sso_username  the cloud owner's name
+ * @param p2p_username  the peer-to-peer owner's name; null leaves the element out
+ * @param path          the file, OWNER_FILE
+ * @return 0; -1 when it cannot be opened; -3 when device information is missing (the file is gone);
+ *         -4 when writing failed
+ */
+int createOwnerFile(
+    bool use_linkhub, const std::string& sso_username, const char* p2p_username, const char* path
+);
+
+/** Asks the device-information tool for `key`; false, `value` untouched, when it gives none. */
+bool readBoxwellInfoValue(const std::string& key, std::string& value);
+
+/** Reads the remote-access agent's id; false, `xid` untouched, when there is none. */
+bool readXid(std::string& xid);
+
+/**
+ * Creates, or empties, the single sign-on upgrade flag.
+ *
+ * @return 0, or -1 with errno of creat(2)
+ */
+int setSSOUpgradeFlag();

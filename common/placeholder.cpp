@@ -1,1 +1,0 @@
-// stands in until the first unit

@@ -1,0 +1,152 @@
+#include "liblst/characters.h"
+#include "liblst/export.h"
+#include "liblst/failure.h"
+#include "liblst/format.h"
+#include "liblst/grow.h"
+#include "liblst/liblst.h"
+#include "liblst/owned.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t CHUNK = 512;
+
+/** Text that was read and not yet returned: [begin, end) of `text`. */
+struct Pending {
+    char* text;
+    std::size_t begin;
+    std::size_t end;
+    std::size_t capacity;
+};
+
+// One for the process, whatever descriptor is read: what one file leaves comes first in the next.
+Pending pending = {};
+
+void releasePending()
+{
+    std::free(pending.text);
+    pending = {};
+}
+
+/** Makes room for one more chunk behind the pending text; false with ENOMEM. */
+bool reserveChunk()
+{
+    if (pending.begin > 0) {
+        pending.end -= pending.begin;
+        std::memmove(pending.text, pending.text + pending.begin, pending.end);
+        pending.begin = 0;
+    }
+    return pending.capacity - pending.end >= CHUNK ||
+           growArray(pending.text, pending.capacity, CHUNK);
+}
+
+/** Appends a chunk to the pending text, for which there is room; returns what read() does. */
+ssize_t readChunk(int fd)
+{
+    ssize_t got = 0;
+    char* chunk = pending.text + pending.end;
+    do {
+        got = read(fd, chunk, CHUNK);
+    } while (got < 0 && errno == EINTR);
+    if (got > 0) { // a chunk is a C string: what stands behind a NUL is no text
+        pending.end += strnlen(chunk, static_cast<std::size_t>(got));
+    }
+    return got;
+}
+
+/** Stores a copy of the first `length` pending bytes without line ends; the result is that of
+ * readFileRow(). */
+ssize_t copyRow(char** data, std::size_t length)
+{
+    char* row = static_cast<char*>(std::malloc(length + 1));
+    if (row == nullptr) {
+        return -1;
+    }
+    const char* text = pending.text + pending.begin;
+    char* end = std::remove_copy_if(text, text + length, row, isLineEnd);
+    *end = '\0';
+    *data = row;
+    return end - row + 1;
+}
+
+/** Removes the first `length` pending bytes, a line with its line feed, wherever they occur. */
+void dropRow(std::size_t length)
+{
+    const char* row = pending.text + pending.begin;
+    const char* end = pending.text + pending.end;
+    const char* from = row + length;
+    char* to = pending.text + pending.begin + length;
+    while (const char* equal = static_cast<const char*>(
+               memmem(from, static_cast<std::size_t>(end - from), row, length)
+           )) {
+        std::memmove(to, from, static_cast<std::size_t>(equal - from));
+        to += equal - from;
+        from = equal + length;
+    }
+    std::memmove(to, from, static_cast<std::size_t>(end - from));
+    pending.end -= static_cast<std::size_t>(from - to);
+    pending.begin += length;
+}
+
+} // namespace
+
+EXPORTED ssize_t readFileRow(char** data, const int fd)
+{
+    if (data == nullptr) {
+        return badArgument<ssize_t>(-1);
+    }
+    *data = nullptr;
+    std::size_t searched = 0;
+    for (;;) {
+        const std::size_t length = pending.end - pending.begin;
+        const char* text = pending.text + pending.begin;
+        const void* feed =
+            length > searched ? std::memchr(text + searched, '\n', length - searched) : nullptr;
+        if (feed != nullptr) {
+            const auto row = static_cast<std::size_t>(static_cast<const char*>(feed) - text) + 1;
+            const ssize_t result = copyRow(data, row);
+            if (result > 0) {
+                dropRow(row);
+            }
+            return result;
+        }
+        searched = length;
+        if (!reserveChunk()) {
+            return -1;
+        }
+        const ssize_t got = readChunk(fd);
+        if (got < 0) {
+            releasePending();
+            return -1;
+        }
+        if (got == 0) {
+            break;
+        }
+    }
+    if (pending.end == pending.begin) {
+        releasePending();
+        return 0;
+    }
+    // The last line has no line end: nothing tells that it is complete, so it stays pending.
+    return copyRow(data, pending.end - pending.begin);
+}
+
+EXPORTED char* ptGetFileRowFormat(const char* format, ...)
+{
+    AUTO_FREE char* path = nullptr;
+    FORMAT_ARGUMENTS(path, format);
+    if (path == nullptr) {
+        return nullptr;
+    }
+    AUTO_CLOSE_FD const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return nullptr;
+    }
+    char* row = nullptr;
+    readFileRow(&row, fd);
+    return row;
+}

@@ -1,0 +1,26 @@
+/** Reading a descriptor to its end. */
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+
+/** What becomes of the text read so far when a read fails. */
+enum class OnReadError {
+    Release, /**< the failure is the result: null, errno tells the reason */
+    Keep,    /**< the failure ends the input: the text read so far is the result */
+};
+
+/**
+ * Reads `fd` from its position to its end. A regular file's size is taken as a hint of what to
+ * allocate, never as the truth, so that pipes, growing files and files of /proc are read whole too.
+ *
+ * A read that was interrupted or refused for now (EINTR, EAGAIN) is tried again and leaves no
+ * trace in errno; while it is refused the caller sleeps until there is something to read.
+ *
+ * @param fd        the descriptor; stays open
+ * @param on_error  what any other read error means
+ * @return the text, NUL-terminated, which the caller releases with free(); null for an empty input,
+ *         a failed read as `on_error` says, and exhausted memory (errno ENOMEM, the text released)
+ */
+char* readToEnd(int fd, OnReadError on_error);

@@ -1,0 +1,63 @@
+#include "common/io.h"
+#include "liblst/owned.h"
+#include "syscmd/handler.h"
+#include "syscmd/operations.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/** Ends the credentials behind the login: at the first colon, MAX_USERNAME_LENGTH bytes at most.
+ * Without a colon the whole text is the login, however long. */
+void cutLogin(char* credentials)
+{
+    if (char* colon = strchr(credentials, ':')) {
+        const auto length = static_cast<std::size_t>(colon - credentials);
+        credentials[std::min(length, MAX_USERNAME_LENGTH)] = '\0';
+    }
+}
+
+/** Fills the flags for a login; a null one (memory ran out) is nobody's, not an empty name. */
+void identify(const char* login, int& is_owner, int& is_sh)
+{
+    is_owner = isOwner(login);
+    is_sh = is_owner != 0 ? 1 : isUserInGroup(login, SKYHOLD_GROUP);
+}
+
+} // namespace
+
+int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_owner, int& is_sh)
+{
+    if (pTx == nullptr) {
+        LOG_AT(1251, Error, "ERROR [syscmd:AuthenticateUser]: invalid arguments specified");
+        return -2;
+    }
+    const Operation* known = findOperation(operation);
+    if (known == nullptr || known->requester == Requester::Anyone)
+        return SUCCESS;
+
+    std::string credentials;
+    pTx->getAuthInfo(credentials); // none are an empty text
+    AUTO_FREE char* decoded = ptDecodeBase64(credentials.c_str());
+    if (decoded != nullptr)
+        cutLogin(decoded);
+    identify(decoded, is_owner, is_sh);
+
+    const char* login = decoded == nullptr ? "" : decoded;
+    LOG_AT(
+        1278, Debug,
+        "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n", login,
+        is_owner, is_sh
+    );
+    if (is_owner != 0 || is_sh != 0)
+        return SUCCESS;
+
+    LOG_AT(
+        1282, Error,
+        "ERROR [syscmd:AuthenticateUser]: ACCESS DENIED for SYS: operation=%s login=%s is_owner=%d "
+        "is_sh=%d\n",
+        operation.c_str(), login, is_owner, is_sh
+    );
+    return -1;
+}

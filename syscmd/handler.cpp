@@ -1,0 +1,81 @@
+#include "syscmd/handler.h"
+
+#include "common/io.h"
+#include "syscmd/operations.h"
+
+namespace {
+
+constexpr const char* FAILED_TEXT = "system command failed";
+
+/** Adds the one response parameter of a command. */
+void answer(ITransaction* pTx, const std::string& response, bool& answered)
+{
+    pTx->addResponseParam(response);
+    answered = true;
+}
+
+/** Everything that may throw; `answered` tells whether the response parameter was added. */
+void carryOut(ITransaction* pTx, bool& answered)
+{
+    MAX_LOG_LEVEL = pTx->getLogLevel();
+    pTx->setMoniker("/root/devices");
+    pTx->setMethod("userstate");
+    pTx->setBodyType("jobstate");
+
+    std::string response = FAILED_TEXT;
+    std::string name;
+    if (!pTx->getRequestParam(0, name)) {
+        LOG_AT(1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
+        response = "getRequestParam() failed";
+        pTx->setCode(CODE_FAILED);
+        answer(pTx, response, answered);
+        return;
+    }
+
+    int is_owner = 0;
+    int is_sh = 0;
+    if (AuthenticateUser(name, pTx, is_owner, is_sh) != SUCCESS) {
+        answer(pTx, "access denied", answered);
+        pTx->setCode(CODE_FAILED);
+        return;
+    }
+
+    const Operation* operation = findOperation(name);
+    if (operation != nullptr && mayRun(*operation, is_owner, is_sh)) {
+        operation->handle(pTx, response);
+        answer(pTx, response, answered);
+        return;
+    }
+    LOG_AT(1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str());
+    response = "operation unknown";
+    pTx->setCode(CODE_FAILED);
+    answer(pTx, response, answered);
+}
+
+/** The answer to a command that an exception ended. */
+void answerException(ITransaction* pTx, bool answered) noexcept
+{
+    try {
+        pTx->setCode(CODE_FAILED);
+        if (!answered)
+            pTx->addResponseParam(FAILED_TEXT);
+    } catch (...) {
+        LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
+    }
+}
+
+} // namespace
+
+extern "C" void execute(ITransaction* pTx)
+{
+    if (pTx == nullptr)
+        return;
+
+    bool answered = false;
+    try {
+        carryOut(pTx, answered);
+    } catch (...) {
+        LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
+        answerException(pTx, answered);
+    }
+}

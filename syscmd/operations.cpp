@@ -1,0 +1,47 @@
+#include "syscmd/operations.h"
+
+#include "syscmd/handler.h"
+
+constexpr const char* OPERATION_ADDACCOUNT = "adduser";
+constexpr const char* OPERATION_DELETEACCOUNT = "deleteuser";
+constexpr const char* OPERATION_UPDATE_USER = "updateuser";
+constexpr const char* OPERATION_UPGRADE_USER_TO_SSO = "upgradeusertosso";
+constexpr const char* OPERATION_ADDREMOTEUSER = "addremoteuser";
+constexpr const char* OPERATION_UREGISTER = "unregister";
+constexpr const char* OPERATION_INITLOCALSESSION = "initlocalsession";
+
+namespace {
+
+constexpr Operation OPERATIONS[] = {
+    {OPERATION_ADDACCOUNT, Requester::Owner, AddAccountHandler},
+    {OPERATION_ADDREMOTEUSER, Requester::Owner, AddRemoteUserHandler},
+    {OPERATION_UREGISTER, Requester::Anyone, UnregisterHandler},
+    {OPERATION_DELETEACCOUNT, Requester::OwnerOrMember, DeleteAccountHandler},
+    {OPERATION_UPGRADE_USER_TO_SSO, Requester::OwnerOrMember, UpgradeUserToSSOHandler},
+    {OPERATION_UPDATE_USER, Requester::OwnerOrMember, UpdateUserHandler},
+    {OPERATION_INITLOCALSESSION, Requester::OwnerOrMember, InitLocalSessionHandler},
+};
+
+} // namespace
+
+const Operation* findOperation(const std::string& name)
+{
+    for (const Operation& operation : OPERATIONS) {
+        if (name == operation.name)
+            return &operation;
+    }
+    return nullptr;
+}
+
+bool mayRun(const Operation& operation, int is_owner, int is_sh)
+{
+    switch (operation.requester) {
+    case Requester::Anyone:
+        return true;
+    case Requester::OwnerOrMember:
+        return is_owner == 1 || is_sh == 1;
+    case Requester::Owner:
+        break;
+    }
+    return is_owner == 1;
+}
