@@ -39,9 +39,9 @@ std::vector<std::string> split_line(const std::string& line)
 
 } // namespace
 
-RunOptions parse_run(const std::vector<std::string>& words)
+Options parse_options(const std::vector<std::string>& words)
 {
-    RunOptions options;
+    Options options;
     CLI::App app;
     app.set_help_flag();
     app.allow_extras();
@@ -50,16 +50,22 @@ RunOptions parse_run(const std::vector<std::string>& words)
     app.add_option("--plugin", options.plugin);
     app.add_flag("--json", options.json);
     try {
-        app.parse({words.rbegin(), words.rend()});
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
     } catch (const CLI::ParseError& error) {
         throw BadUse(error.what());
     }
     options.command.words = command_words(app.remaining());
-    if (options.command.words.empty())
-        throw BadUse("which operation?");
     auto& credentials = options.command.credentials;
     if (credentials && credentials->find(':') == std::string::npos)
         *credentials += ':';
+    return options;
+}
+
+Options parse_run(const std::vector<std::string>& words)
+{
+    Options options = parse_options(words);
+    if (options.command.words.empty())
+        throw BadUse("which operation?");
     return options;
 }
 
@@ -74,7 +80,7 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
             const auto words = split_line(line);
             if (words.empty())
                 continue;
-            const RunOptions options = parse_run(words);
+            const Options options = parse_run(words);
             if (options.json || !options.plugin.empty())
                 throw BadUse("--json and --plugin are the whole script's");
             script.push_back({line, options.command});

@@ -18,20 +18,23 @@ class BadUse : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/** What the caller of `broker run` says beside the command. */
-struct RunOptions {
+/** The words behind one of the broker's commands, sorted out. */
+struct Options {
     Command command;
     std::string plugin; // empty: the one beside the broker
     bool json = false;
 };
 
 /**
- * Reads OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N], the options anywhere before a
- * lone "--", behind which every word is a parameter. Also [--plugin PATH] [--json].
+ * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json], the options
+ * anywhere before a lone "--".
  *
  * @throws BadUse
  */
-RunOptions parse_run(const std::vector<std::string>& words);
+Options parse_options(const std::vector<std::string>& words);
+
+/** The same where the words must be an operation and its parameters. */
+Options parse_run(const std::vector<std::string>& words);
 
 /** A script's command and the line that it was written in. */
 struct ScriptLine {

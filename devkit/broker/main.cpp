@@ -41,14 +41,14 @@ int exit_status(bool all_carried_out)
 
 int run(const Words& words)
 {
-    const RunOptions options = parse_run(words);
+    const Options options = parse_run(words);
     const Answer answer = Plugin(options.plugin).run(options.command);
     print(options.json ? text_of(as_json(options.command, answer)) : for_people(answer));
     return exit_status(carried_out(answer));
 }
 
 /** The one argument of a command that takes options too, but none of a transaction's. */
-std::string only_argument(const RunOptions& options, const char* what)
+std::string only_argument(const Options& options, const char* what)
 {
     if (options.command.words.size() != 1 || options.command.credentials)
         throw BadUse(std::string("expected one ") + what + " and nothing else");
@@ -69,9 +69,9 @@ std::string read_all(const std::string& path)
 
 int script(const Words& words)
 {
-    const RunOptions options = parse_run(words);
+    const Options options = parse_options(words);
     const std::string path = only_argument(options, "file");
-    const auto lines = parse_script(read_all(path), path);
+    const auto lines = parse_script(read_all(path), path == "-" ? "standard input" : path);
     const Plugin plugin(options.plugin);
     auto answers = nlohmann::ordered_json::array();
     bool all_carried_out = true;
@@ -90,7 +90,7 @@ int script(const Words& words)
 
 int hash(const Words& words)
 {
-    const RunOptions options = parse_run(words);
+    const Options options = parse_options(words);
     const std::string password = only_argument(options, "password");
     print(Plugin(options.plugin).hash_pair(password) + '\n');
     return EXIT_CARRIED_OUT;

@@ -56,7 +56,7 @@ Json as_json(const Command& command, const Answer& answer)
     const auto& as = command.credentials;
     return {
         {"operation", command.words.front()},
-        {"parameters", Json(command.words.begin() + 1, command.words.end())},
+        {"parameters", std::vector(command.words.begin() + 1, command.words.end())},
         {"as", as ? Json(as->substr(0, as->find(':'))) : Json()},
         {"code", code_name(answer.code)},
         {"response", answer.responses.empty() ? Json() : Json(joined(answer.responses))},
