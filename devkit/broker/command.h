@@ -1,0 +1,52 @@
+/** A command of the cloud service, as a person or a script words it. */
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+struct Command {
+    std::vector<std::string> words;         // the operation's name, then its parameters
+    std::optional<std::string> credentials; // login:password; nothing: the command comes without
+    int log_level = 3;                      // the journal's threshold, on the syslog scale
+};
+
+/** A command, a script or an option that cannot be understood; the text tells why. */
+class BadUse : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/** The words behind one of the broker's commands, sorted out. */
+struct Options {
+    Command command;
+    std::string plugin; // empty: the one beside the broker
+    bool json = false;
+};
+
+/**
+ * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json], the options
+ * anywhere before a lone "--".
+ *
+ * @throws BadUse
+ */
+Options parse_options(const std::vector<std::string>& words);
+
+/** The same where the words must be an operation and its parameters. */
+Options parse_run(const std::vector<std::string>& words);
+
+/** A script's command and the line that it was written in. */
+struct ScriptLine {
+    std::string text;
+    Command command;
+};
+
+/**
+ * Reads a command a line, in words as a shell would split them; "#" begins a comment, empty lines
+ * are skipped.
+ *
+ * @param name  what the script is called in a complaint
+ * @throws BadUse  naming the first line that is no command
+ */
+std::vector<ScriptLine> parse_script(const std::string& text, const std::string& name);

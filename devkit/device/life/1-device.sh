@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# shellcheck disable=SC2016 # command lines are expanded when they are run
+chapter 'The device'
+tell 'Accounts, files, tools, a journal and the management daemon of its own. Alice is its owner in' \
+    'the cloud. Bob and carol are in the cloud group sky-hold, but carol is locked. Dave is a local' \
+    'user of another group.'
+run 'boxwelld show'
+run 'accounts'
+run 'sed "s/></>\n</g" $OWNER_FILE'
+run 'for key in Model Firmware_Version Firmware_Time Serial; do boxwellinfo $key; done'
+expect_account alice 'admin unlocked alice@example.com'
+expect_account carol 'sky-hold locked carol@example.com'
+expect_account dave 'share unlocked'
