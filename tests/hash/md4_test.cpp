@@ -83,16 +83,25 @@ TEST(Md4, AgreesWithNettleInPiecesOfAnySize)
 
 TEST(Md4, CountsAndClears)
 {
-    MD4_CTX ctx;
+    MD4_CTX ctx = {};
     MD4_Init(&ctx);
     EXPECT_EQ(ctx.a, 0x67452301U);
     EXPECT_EQ(ctx.d, 0x10325476U);
-    ctx.lo = 0x1fffffff; // as many bytes as it holds
+    ctx.lo = 0x1fffffff; // as many bytes as it holds; the last 63 of them are pending
+    md4_ctx other = {};
+    md4_init(&other);
+    other.count = 0x1fffffff / 64;
+    other.index = 63;
+
     MD4_Update(&ctx, "secret", 6);
     EXPECT_EQ(ctx.lo, 5U);
     EXPECT_EQ(ctx.hi, 1U);
     Digest digest;
     MD4_Final(digest.data(), &ctx);
+    md4_update(&other, 6, reinterpret_cast<const unsigned char*>("secret"));
+    Digest expected;
+    md4_digest(&other, expected.size(), expected.data());
+    EXPECT_EQ(digest, expected);
     const MD4_CTX cleared = {};
     EXPECT_EQ(std::memcmp(&ctx, &cleared, sizeof ctx), 0);
 }

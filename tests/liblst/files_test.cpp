@@ -1,12 +1,17 @@
+#include "liblst/whole_file.h"
 #include "tests/liblst/support.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <thread>
 
 namespace {
@@ -99,6 +104,25 @@ TEST(Files, ThatCannotBeReadLeaveTheResultAlone)
         EXPECT_EQ(errno, row.error) << row.path;
         EXPECT_EQ(content, &untouched) << row.path;
     }
+}
+
+TEST(Files, AReadErrorReleasesOrEndsTheText)
+{
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* pages =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    std::memset(pages, 'x', page);
+    munmap(static_cast<char*>(pages) + page, page); // reading there is an error
+    const int memory = open("/proc/self/mem", O_RDONLY);
+    const auto begin = static_cast<off_t>(reinterpret_cast<std::uintptr_t>(pages));
+    lseek(memory, begin, SEEK_SET);
+    EXPECT_EQ(ptGetFileContent(memory), nullptr);
+    EXPECT_EQ(errno, EIO);
+    lseek(memory, begin, SEEK_SET);
+    EXPECT_EQ(text(readToEnd(memory, OnReadError::Keep)), std::string(page, 'x'));
+    close(memory);
+    munmap(pages, page);
 }
 
 TEST(Shell, OutputAndStatus)

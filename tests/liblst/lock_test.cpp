@@ -52,9 +52,11 @@ TEST(Locks, HoldBackAnotherProcess)
 
 TEST(Locks, NeedTheFile)
 {
-    EXPECT_EQ(lockF("/tmp/liblst.nonexistent"), -1);
+    const TempFile file("");
+    const std::string absent = std::string(file.path) + ".absent";
+    EXPECT_EQ(lockF(absent.c_str()), -1);
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(access("/tmp/liblst.nonexistent.lock", F_OK), -1);
+    EXPECT_EQ(access((absent + ".lock").c_str(), F_OK), -1);
 }
 
 } // namespace
