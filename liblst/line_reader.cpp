@@ -47,9 +47,11 @@ bool reserveChunk()
 /** Appends a chunk to the pending text, for which there is room; returns what read() does. */
 ssize_t readChunk(int fd)
 {
-    ssize_t got = 0;
+    const int error = errno;
     char* chunk = pending.text + pending.end;
+    ssize_t got = 0;
     do {
+        errno = error;
         got = read(fd, chunk, CHUNK);
     } while (got < 0 && errno == EINTR);
     if (got > 0) { // a chunk is a C string: what stands behind a NUL is no text
@@ -58,8 +60,7 @@ ssize_t readChunk(int fd)
     return got;
 }
 
-/** Stores a copy of the first `length` pending bytes without line ends; the result is that of
- * readFileRow(). */
+/** Stores the first `length` pending bytes without line ends; returns what readFileRow() does. */
 ssize_t copyRow(char** data, std::size_t length)
 {
     char* row = static_cast<char*>(std::malloc(length + 1));
@@ -73,6 +74,15 @@ ssize_t copyRow(char** data, std::size_t length)
     return end - row + 1;
 }
 
+/** The first line feed in [text, end), or null. */
+const char* findFeed(const char* text, const char* end)
+{
+    return text != end ? static_cast<const char*>(
+                             std::memchr(text, '\n', static_cast<std::size_t>(end - text))
+                         )
+                       : nullptr;
+}
+
 /** Removes the first `length` pending bytes, a line with its line feed, wherever they occur. */
 void dropRow(std::size_t length)
 {
@@ -80,16 +90,46 @@ void dropRow(std::size_t length)
     const char* end = pending.text + pending.end;
     const char* from = row + length;
     char* to = pending.text + pending.begin + length;
-    while (const char* equal = static_cast<const char*>(
-               memmem(from, static_cast<std::size_t>(end - from), row, length)
-           )) {
-        std::memmove(to, from, static_cast<std::size_t>(equal - from));
-        to += equal - from;
-        from = equal + length;
+    // A copy of the line ends with a line feed, like the line: only there it needs looking for.
+    for (const char* next = from; const char* feed = findFeed(next, end); next = feed + 1) {
+        const char* equal = feed + 1 - length;
+        if (equal >= from && std::memcmp(equal, row, length) == 0) {
+            to = std::copy(from, equal, to);
+            from = feed + 1;
+        }
     }
     std::memmove(to, from, static_cast<std::size_t>(end - from));
     pending.end -= static_cast<std::size_t>(from - to);
     pending.begin += length;
+}
+
+/**
+ * Reads until the pending text holds a whole line.
+ *
+ * @return that line's length with its line feed; 0 when the input ends before; -1 when a read
+ *         fails, and the pending text is released, or when memory runs out
+ */
+ssize_t awaitRow(int fd)
+{
+    std::size_t searched = 0;
+    for (;;) {
+        const char* text = pending.text + pending.begin;
+        const char* feed = findFeed(text + searched, pending.text + pending.end);
+        if (feed != nullptr) {
+            return feed - text + 1;
+        }
+        searched = pending.end - pending.begin;
+        if (!reserveChunk()) {
+            return -1;
+        }
+        const ssize_t got = readChunk(fd);
+        if (got < 0) {
+            releasePending();
+        }
+        if (got <= 0) {
+            return got;
+        }
+    }
 }
 
 } // namespace
@@ -100,32 +140,16 @@ EXPORTED ssize_t readFileRow(char** data, const int fd)
         return badArgument<ssize_t>(-1);
     }
     *data = nullptr;
-    std::size_t searched = 0;
-    for (;;) {
-        const std::size_t length = pending.end - pending.begin;
-        const char* text = pending.text + pending.begin;
-        const void* feed =
-            length > searched ? std::memchr(text + searched, '\n', length - searched) : nullptr;
-        if (feed != nullptr) {
-            const auto row = static_cast<std::size_t>(static_cast<const char*>(feed) - text) + 1;
-            const ssize_t result = copyRow(data, row);
-            if (result > 0) {
-                dropRow(row);
-            }
-            return result;
+    const ssize_t length = awaitRow(fd);
+    if (length < 0) {
+        return -1;
+    }
+    if (length > 0) {
+        const ssize_t result = copyRow(data, static_cast<std::size_t>(length));
+        if (result > 0) {
+            dropRow(static_cast<std::size_t>(length));
         }
-        searched = length;
-        if (!reserveChunk()) {
-            return -1;
-        }
-        const ssize_t got = readChunk(fd);
-        if (got < 0) {
-            releasePending();
-            return -1;
-        }
-        if (got == 0) {
-            break;
-        }
+        return result;
     }
     if (pending.end == pending.begin) {
         releasePending();

@@ -1,7 +1,6 @@
 #include "liblst/list_builder.h"
 
 #include "liblst/grow.h"
-#include "liblst/liblst.h"
 #include "liblst/owned.h"
 
 namespace {
@@ -23,7 +22,6 @@ bool appendCopy(ListBuilder& list, const char* text, std::size_t length)
     std::memcpy(copy, text, length);
     copy[length] = '\0';
     list.items[list.size++] = copy;
-    list.items[list.size] = nullptr;
     return true;
 }
 
@@ -32,11 +30,15 @@ char** finishList(ListBuilder& list)
     if (list.size == 0) {
         return nullptr;
     }
+    list.items[list.size] = nullptr;
     shrinkArray(list.items, list.size + 1);
     return take(list.items);
 }
 
 void releaseList(ListBuilder* list)
 {
-    lstFree(list->items);
+    for (std::size_t i = 0; list->items != nullptr && i < list->size; ++i) {
+        std::free(list->items[i]);
+    }
+    std::free(list->items);
 }

@@ -42,7 +42,7 @@ EXPORTED void ulockF(const char* name, int fd)
     }
     AUTO_CLOSE_FD const int locked = fd;
     AUTO_FREE char* path = String(LOCK_FILE, name);
-    lockf(locked, F_ULOCK, 0);
+    [[maybe_unused]] const int unlocked = lockf(locked, F_ULOCK, 0); // closing unlocks all the same
     if (path != nullptr) {
         unlink(path);
     }

@@ -25,7 +25,7 @@ void carryOut(ITransaction* pTx, bool& answered)
     std::string response = FAILED_TEXT;
     std::string name;
     if (!pTx->getRequestParam(0, name)) {
-        LOG_AT(1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
+        LOG_IN("execute", 1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
         response = "getRequestParam() failed";
         pTx->setCode(CODE_FAILED);
         answer(pTx, response, answered);
@@ -46,7 +46,7 @@ void carryOut(ITransaction* pTx, bool& answered)
         answer(pTx, response, answered);
         return;
     }
-    LOG_AT(1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str());
+    LOG_IN("execute", 1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str());
     response = "operation unknown";
     pTx->setCode(CODE_FAILED);
     answer(pTx, response, answered);

@@ -82,7 +82,7 @@ int findMatch(const UserData& out, const char* username, const char* request, co
         return -1;
 
     // Callers tell "no such user" by the empty id; group and e-mail are the last record's.
-    record.id = {};
+    record.id = "";
     if (giveData(out, record) != SUCCESS) {
         LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:GetUserData]: malloc failed\n");
         return -1;

@@ -18,7 +18,7 @@ std::string_view read(FieldPosition* field, std::string_view reply, std::size_t 
 {
     const std::size_t begin = find(&field->begin, reply, record);
     if (begin == std::string_view::npos)
-        return {};
+        return "";
     const std::size_t value = begin + field->begin.marker.size();
     return reply.substr(value, find(&field->end, reply, value) - value);
 }

@@ -1,0 +1,131 @@
+#include "tests/liblst/faults.h"
+#include "tests/liblst/support.h"
+
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <csignal>
+#include <thread>
+
+namespace {
+
+/** Text whose period no power of two hides. */
+std::string pattern(std::size_t size)
+{
+    std::string result;
+    while (result.size() < size) {
+        result += "abcdefghijklmnopqrstuvw";
+    }
+    return result.substr(0, size);
+}
+
+/** Interrupts the system calls of the calling thread, every few milliseconds. */
+struct Interruptions {
+    Interruptions()
+    {
+        struct sigaction action = {};
+        action.sa_handler = [](int) {
+        };
+        sigaction(SIGALRM, &action, nullptr);
+        every({0, 2000});
+    }
+    ~Interruptions() { every({0, 0}); }
+
+    static void every(timeval time)
+    {
+        const itimerval timer = {time, time};
+        setitimer(ITIMER_REAL, &timer, nullptr);
+    }
+};
+
+TEST(Files, AreReadWhole)
+{
+    for (const std::size_t size : {1U, 2047U, 2048U, 2049U, 5000U, 1U << 20}) {
+        const std::string content = pattern(size);
+        const TempFile file(content);
+        char* whole = nullptr;
+        EXPECT_EQ(getFileContentFormat(&whole, "%s", file.path), 0);
+        EXPECT_EQ(text(whole), content) << size;
+        lseek(file.fd, static_cast<off_t>(size / 2), SEEK_SET); // its size now promises too much
+        EXPECT_EQ(text(ptGetFileContent(file.fd)), content.substr(size / 2)) << size;
+        EXPECT_EQ(ptGetFileContent(file.fd), nullptr);
+    }
+    char* unsized = nullptr;
+    EXPECT_EQ(getFileContentFormat(&unsized, "/proc/%d/status", getpid()), 0);
+    EXPECT_NE(text(unsized).find("ctxt_switches"), std::string::npos); // near its end
+}
+
+// Over a socket that takes and gives little at a time and refuses the rest, under signals.
+TEST(Files, ReadingAndWritingGoOnThroughRefusalsAndInterruptions)
+{
+    for (const int flags : {0, int{SOCK_NONBLOCK}}) {
+        int ends[2];
+        ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | flags, 0, ends), 0);
+        const std::string content = pattern(3 << 20);
+        std::string received;
+        int read_error = 0;
+        const Interruptions interruptions;
+        std::thread reader([&] {
+            usleep(20000); // by then the socket is full
+            errno = ERANGE;
+            received = text(ptGetFileContent(ends[1]));
+            read_error = errno;
+        });
+        EXPECT_EQ(writeToFileFormat(ends[0], "%s", content.c_str()), -1); // all of it, but then:
+        EXPECT_EQ(errno, EINVAL);                                         // fsync() of a socket
+        usleep(20000); // the reader waits for more
+        close(ends[0]);
+        reader.join();
+        close(ends[1]);
+        EXPECT_TRUE(received == content) << received.size();
+        EXPECT_EQ(read_error, ERANGE);
+    }
+}
+
+TEST(Files, WritesAreAppendedAtThePosition)
+{
+    const TempFile file("1");
+    lseek(file.fd, 0, SEEK_END);
+    EXPECT_EQ(writeToFileFormat(file.fd, "%s=%d", "n", 2), 0);
+    lseek(file.fd, 0, SEEK_SET);
+    EXPECT_EQ(text(ptGetFileContent(file.fd)), "1n=2");
+    EXPECT_EQ(writeToFileFormat(-1, "x"), -1);
+    EXPECT_EQ(errno, EBADF);
+}
+
+TEST(Files, ThatCannotBeReadLeaveTheResultAlone)
+{
+    const TempFile empty("");
+    char untouched = 0;
+    const struct {
+        const char* path;
+        int error;
+    } cases[] = {{"/nonexistent", ENOENT}, {"/", EISDIR}, {empty.path, 0}};
+    for (const auto& row : cases) {
+        char* content = &untouched;
+        errno = 0;
+        EXPECT_EQ(getFileContentFormat(&content, "%s", row.path), -1) << row.path;
+        EXPECT_EQ(errno, row.error) << row.path;
+        EXPECT_EQ(content, &untouched) << row.path;
+    }
+    char* content = &untouched;
+    failing_call = "close";
+    EXPECT_EQ(getFileContentFormat(&content, "/proc/self/status"), -1);
+    failing_call = nullptr;
+    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(content, nullptr);
+}
+
+TEST(Shell, OutputAndStatus)
+{
+    char* output = nullptr;
+    EXPECT_EQ(getShellContentFormat(&output, "printf %%s%d one; exit 3", 1), 0);
+    EXPECT_EQ(text(output), "one1");
+    EXPECT_EQ(getShellContentFormat(&output, "true"), -1);
+    EXPECT_EQ(WEXITSTATUS(executeShellFormat("exit %d", 3)), 3);
+}
+
+} // namespace
