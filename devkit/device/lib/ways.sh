@@ -75,9 +75,7 @@ enter_proot() {
         binds+=(-b "$path:$path")
     done
     bind_control_groups
-    # A leak check traces its process, and proot does already.
-    export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
-    export PROOT_TMP_DIR=$tree/proot
+    export DEVICE_TREE=$tree PROOT_TMP_DIR=$tree/proot
     exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside" "$@"
 }
 
