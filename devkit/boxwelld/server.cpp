@@ -80,12 +80,26 @@ Outcome follow(Store& store, const Order& order, const std::string& request)
     return {std::nullopt, order.kind == "no-reply"};
 }
 
+void report(const std::exception& failure)
+{
+    std::fprintf(stderr, "boxwelld: %s\n", one_line(failure.what()).c_str());
+}
+
+void record(const Paths& paths, const Exchange& exchange)
+{
+    try {
+        append_to_transcript(paths, exchange);
+    } catch (const std::exception& failure) { // what is done is answered all the same
+        report(failure);
+    }
+}
+
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
     const std::optional<Order> order = take_order(store);
     const Outcome outcome =
         order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
-    append_to_transcript(
+    record(
         paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
     );
     if (order && order->kind == "die")
@@ -117,6 +131,7 @@ void serve(const Paths& paths, int client_timeout_ms)
 {
     const Fd signals = end_signals();
     Store store(paths);
+    store.change([] {}); // passwd and group may be others than they were
     const Listener listener(paths.socket);
     for (;;) {
         pollfd ready[] = {{signals.get(), POLLIN, 0}, {listener.get(), POLLIN, 0}};
@@ -130,7 +145,7 @@ void serve(const Paths& paths, int client_timeout_ms)
         try {
             serve_client(store, paths, client, client_timeout_ms);
         } catch (const std::exception& failure) { // this client's misfortune, not the daemon's
-            std::fprintf(stderr, "boxwelld: %s\n", one_line(failure.what()).c_str());
+            report(failure);
         }
     }
 }
