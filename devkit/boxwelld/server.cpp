@@ -97,8 +97,7 @@ void record(const Paths& paths, const Exchange& exchange)
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
     const std::optional<Order> order = take_order(store);
-    const Outcome outcome =
-        order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
+    Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
     record(
         paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
     );

@@ -64,6 +64,7 @@ Json account(const Daemon& daemon, int id)
 
 TEST(Accounts, AcceptedRequestsChangeWhatTheySayAndNothingElse)
 {
+    const Daemon daemon;
     const struct {
         std::string request;
         int id;
@@ -90,7 +91,7 @@ TEST(Accounts, AcceptedRequestsChangeWhatTheySayAndNothingElse)
     };
     for (const auto& [request, id, change] : cases) {
         SCOPED_TRACE(request);
-        const Daemon daemon;
+        daemon.seed();
         Json expected = account(daemon, id);
         expected.merge_patch(Json::parse(change));
         EXPECT_THAT(call(request).reply, HasSubstr(R"(<xs:response id="opid" status="success">)"));

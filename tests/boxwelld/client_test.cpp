@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 using namespace std::string_literals;
@@ -22,7 +21,8 @@ int local_socket(decltype(&connect) join)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, getenv("BOXWELLD_SOCKET"));
+    const std::string path = getenv("BOXWELLD_SOCKET");
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     EXPECT_EQ(join(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     return fd;
@@ -47,11 +47,12 @@ TEST(Client, FailsWithoutReachingForWhatThePeerDidNotSend)
         {"an empty text", "\0\0\0\0"s, true, 0},
         {"no reply", "\xFF\xFF\xFF\xFF"s, true, 0},
     };
-    setenv("BOXWELLD_SOCKET", "/tmp/boxwelld_peer", 1);
+    const std::string path = "/tmp/boxwelld_peer." + std::to_string(getpid());
+    setenv("BOXWELLD_SOCKET", path.c_str(), 1);
     setenv("BOXWELLD_TIMEOUT_MS", "200", 1);
     for (const auto& [what, text, hangs, result] : cases) {
         SCOPED_TRACE(what);
-        unlink("/tmp/boxwelld_peer");
+        unlink(path.c_str());
         const int listener = local_socket(bind);
         listen(listener, 1);
         std::thread peer([&, answer = text, wait = hangs] {
@@ -69,7 +70,7 @@ TEST(Client, FailsWithoutReachingForWhatThePeerDidNotSend)
         peer.join();
         close(listener);
     }
-    unlink("/tmp/boxwelld_peer");
+    unlink(path.c_str());
     EXPECT_NE(call("request").result, 0) << "there is no socket";
     setenv("BOXWELLD_SOCKET", ("/tmp/" + std::string(108, 'x')).c_str(), 1);
     EXPECT_NE(call("request").result, 0) << "the path is too long";

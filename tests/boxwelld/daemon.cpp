@@ -48,9 +48,14 @@ Daemon::Daemon()
     setenv("BOXWELLD_SOCKET", path("socket").c_str(), 1);
     setenv("BOXWELLD_PASSWD", path("passwd").c_str(), 1);
     setenv("BOXWELLD_GROUP", path("group").c_str(), 1);
+    seed();
+    start();
+}
+
+void Daemon::seed() const
+{
     write("seed", SEED);
     EXPECT_EQ(run("seed " + path("seed")).status, 0);
-    start();
 }
 
 Daemon::~Daemon()

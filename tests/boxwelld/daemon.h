@@ -24,12 +24,14 @@ Answer call(std::string request);
 
 class Daemon {
   public:
-    /** Started, with alice (admin, 1001), bob (sky-hold, 1002) and dave (share, also sky-hold). */
+    /** Seeded and started. */
     Daemon();
     ~Daemon();
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
+    /** The state with alice (admin, 1001), bob (sky-hold, 1002), dave (share, also sky-hold). */
+    void seed() const;
     void start();
     /** Waits until the process has ended, after `signal` unless that is 0; the wait status. */
     int stop(int signal);

@@ -11,6 +11,7 @@ using testing::HasSubstr;
 
 TEST(Orders, EachKindGivesTheClientItsOutcome)
 {
+    const Daemon daemon;
     const struct {
         const char* order;
         int result;
@@ -29,7 +30,7 @@ TEST(Orders, EachKindGivesTheClientItsOutcome)
     };
     for (const auto& [order, result, null, carried_out, reply] : cases) {
         SCOPED_TRACE(order);
-        const Daemon daemon;
+        daemon.seed();
         EXPECT_EQ(daemon.run(std::string("order ") + order).status, 0);
         const Answer answer = call(delete_user("1002"));
         EXPECT_EQ(answer.result, result);
