@@ -16,12 +16,11 @@ using testing::HasSubstr;
 
 namespace {
 
-/** A socket bound to, or connected with, the path that the client library uses. */
-int local_socket(decltype(&connect) join)
+/** A socket bound to, or connected with, `path`. */
+int local_socket(decltype(&connect) join, const std::string& path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    const std::string path = getenv("BOXWELLD_SOCKET");
     path.copy(address.sun_path, sizeof address.sun_path - 1);
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     EXPECT_EQ(join(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
@@ -53,7 +52,7 @@ TEST(Client, FailsWithoutReachingForWhatThePeerDidNotSend)
     for (const auto& [what, text, hangs, result] : cases) {
         SCOPED_TRACE(what);
         unlink(path.c_str());
-        const int listener = local_socket(bind);
+        const int listener = local_socket(bind, path);
         listen(listener, 1);
         std::thread peer([&, answer = text, wait = hangs] {
             const int fd = accept(listener, nullptr, nullptr);
@@ -90,8 +89,8 @@ TEST(Server, IsNotHeldByAClientThatSendsNothing)
 {
     const Daemon daemon;
     setenv("BOXWELLD_TIMEOUT_MS", "5000", 1);
-    const int silent = local_socket(connect);
-    const int gone = local_socket(connect);
+    const int silent = local_socket(connect, daemon.path("socket"));
+    const int gone = local_socket(connect, daemon.path("socket"));
     close(gone);
     EXPECT_THAT(call(find_user("bob")).reply, HasSubstr("success"));
     close(silent);
