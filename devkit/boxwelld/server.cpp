@@ -29,20 +29,26 @@ struct Outcome {
     bool answered = true;
 };
 
-/** The listening socket; its name goes when the daemon does. */
+int join(decltype(&connect) call, const Fd& socket, const std::string& path)
+{
+    sockaddr_un address;
+    if (frame_address(path.c_str(), &address) != 0)
+        throw_errno(path);
+    return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+/** The listening socket. Its name appears once it listens, and goes when the daemon does. */
 class Listener {
   public:
     explicit Listener(const std::string& path)
         : path_(path), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
     {
-        sockaddr_un address;
-        if (socket_.get() < 0 || frame_address(path.c_str(), &address) != 0)
-            throw_errno(path);
-        const auto* name = reinterpret_cast<const sockaddr*>(&address);
-        if (connect(socket_.get(), name, sizeof address) == 0 || errno == EAGAIN)
+        if (join(connect, socket_, path) == 0 || errno == EAGAIN)
             throw Refusal(path + ": a daemon is running already");
-        unlink(path.c_str()); // left behind by one that was killed
-        if (bind(socket_.get(), name, sizeof address) != 0 || listen(socket_.get(), SOMAXCONN) != 0)
+        const std::string unready = path + ".new"; // either name may be left by one that was killed
+        unlink(unready.c_str());
+        if (join(bind, socket_, unready) != 0 || listen(socket_.get(), SOMAXCONN) != 0 ||
+            rename(unready.c_str(), path.c_str()) != 0)
             throw_errno(path);
     }
     Listener(const Listener&) = delete;

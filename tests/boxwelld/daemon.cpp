@@ -62,6 +62,7 @@ Daemon::~Daemon()
 {
     if (process_ > 0) {
         EXPECT_EQ(stop(SIGTERM), 0) << "the daemon did not end cleanly";
+        EXPECT_FALSE(std::filesystem::exists(path("socket")));
     }
     std::filesystem::remove_all(folder_);
 }
