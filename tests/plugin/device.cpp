@@ -1,5 +1,8 @@
 #include "tests/plugin/device.h"
 
+#include "devkit/boxwelld/seed.h"
+#include "devkit/boxwelld/transcript.h"
+
 #include <dlfcn.h>
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -15,6 +18,7 @@
 
 namespace {
 
+const Paths PATHS;
 constexpr const char* LOG_FILE = "/var/log/shbroker.log";
 std::string readFile(const std::string& path)
 {
@@ -119,7 +123,7 @@ std::vector<Statement> journalStatements()
 std::vector<std::string> requests()
 {
     std::vector<std::string> texts;
-    for (const auto& exchange : nlohmann::json::parse(shell("boxwelld transcript --json")))
+    for (const auto& exchange : nlohmann::json::parse(transcript(PATHS, 1, true)))
         texts.push_back(exchange.at("request"));
     return texts;
 }
