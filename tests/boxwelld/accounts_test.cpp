@@ -76,16 +76,12 @@ TEST(Accounts, AcceptedRequestsChangeWhatTheySayAndNothingElse)
         {add_user(std::string(31, 'x')), 1004, R"({"id": 1004, "locked": true,
             "name": "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx", "group": "sky-hold", "smb_hash": "S",
             "email": "z@example.com", "sys_hash": "$1$h", "p2p_user_name": "", "member_of": []})"},
-        {set_user(1003, "<User_Name>a&amp;b</User_Name><Email_Address/>"), 1003,
-         R"({"name": "a&b"})"},
-        {set_user(1003, "<User_Name>dave</User_Name><IsLocked>0</IsLocked> "), 1003,
-         R"({"locked": false})"},
-        {set_user(
-             1002, "<User_Name>b</User_Name><SmbHash>1</SmbHash><SysHash>2:3</SysHash>"
-                   "<Group_Name>admin</Group_Name><Email_Address><![CDATA[<&>]]>"
-                   "</Email_Address><P2PUserName>(null)</P2PUserName>"
-         ),
-         1002, R"json({"name": "b", "smb_hash": "1", "sys_hash": "2:3", "group": "admin",
+        {set_user(1003, "<User_Name>a&amp;b</User_Name><Email_Address/>"), 1003, R"({"name": "a&b"})"},
+        {set_user(1003, "<User_Name>dave</User_Name><IsLocked>0</IsLocked> "), 1003, R"({"locked": false})"},
+        {set_user(1002, "<User_Name>b</User_Name><SmbHash>1</SmbHash><SysHash>2:3</SysHash>"
+                        "<Group_Name>admin</Group_Name><Email_Address><![CDATA[<&>]]>"
+                        "</Email_Address><P2PUserName>(null)</P2PUserName>"),
+            1002, R"json({"name": "b", "smb_hash": "1", "sys_hash": "2:3", "group": "admin",
             "email": "<&>", "p2p_user_name": "(null)"})json"},
         {delete_user("1003"), 1003, "null"},
     };
@@ -109,8 +105,7 @@ TEST(Accounts, RefusedRequestsTellWhyAndChangeNothing)
     } cases[] = {
         {add_bob, "User bob already exists"},
         {add_user("root"), "User root already exists"},
-        {set_user(1002, "<Email_Address>x</Email_Address><User_Name>alice</User_Name>"),
-         "User alice already exists"},
+        {set_user(1002, "<Email_Address>x</Email_Address><User_Name>alice</User_Name>"), "User alice already exists"},
         {set_user(77, "<User_Name>x</User_Name>"), "No user with id 77"},
         {delete_user("77"), "No user with id 77"},
         {delete_user("x"), "Invalid user id x"},
@@ -153,21 +148,18 @@ TEST(Accounts, RefusedRequestsTellWhyAndChangeNothing)
 TEST(Accounts, QueriesGiveWholeRecordsSortedByName)
 {
     const Daemon daemon;
-    EXPECT_THAT(
-        call(find_user("bob")).reply,
+    EXPECT_THAT(call(find_user("bob")).reply,
         HasSubstr(R"( src="nas" dst="dpv_1"><xs:transaction id="trid"><xs:response id="opid")"
                   R"( status="success"><User id="1002" resource-id="1002" resource-type="User">)"
                   "<User_Id>1002</User_Id><User_Name><![CDATA[bob]]></User_Name><Group_Name>"
                   "<![CDATA[sky-hold]]></Group_Name><Email_Address><![CDATA[bob@example.com]]>"
                   "</Email_Address><P2PUserName><![CDATA[]]></P2PUserName><IsLocked>0</IsLocked>"
-                  "</User></xs:response>")
-    );
+                  "</User></xs:response>"));
     EXPECT_THAT(call(find_user("Bob")).reply, HasSubstr("\"success\"></xs:response>"));
-    const std::string both =
-        call(mxl(R"(<xs:query id="opid" resource-type="User_Collection"><xs:criterion>)"
-                 R"(<xs:like property="/User/Email_Address/" value="@Example"/></xs:criterion>)"
-                 "</xs:query>"))
-            .reply;
+    const std::string both = call(mxl(R"(<xs:query id="opid" resource-type="User_Collection"><xs:criterion>)"
+                                      R"(<xs:like property="/User/Email_Address/" value="@Example"/></xs:criterion>)"
+                                      "</xs:query>"))
+                                 .reply;
     EXPECT_LT(both.find("alice"), both.find("bob"));
     EXPECT_THAT(both, Not(HasSubstr("dave")));
 }
@@ -178,9 +170,7 @@ TEST(Accounts, RemoteUsersAndTheCloudOwnerComeAndGo)
     call(add_remote(R"(FullName="Z" Channel="4" UserName="zoe")"));
     call(mxl(R"(<xs:delete id="opid" resource-type="User:Remote:App"> <User FullName="")"
              R"( UserName="bob"/></xs:delete>)"));
-    EXPECT_EQ(
-        daemon.state()["remote_users"], Json::parse(R"([{"name": "zoe", "full_name": "Z"}])")
-    );
+    EXPECT_EQ(daemon.state()["remote_users"], Json::parse(R"([{"name": "zoe", "full_name": "Z"}])"));
     call(set_user(1001, "<User_Name>al</User_Name>"));
     EXPECT_EQ(daemon.state()["cloud_owner"], "al") << "the owner's account was renamed";
     call(mxl(R"(<xs:set id="7" resource-id="CloudOwner" resource-type="CloudOwner"><User id="0">)"

@@ -27,9 +27,7 @@ Answer call(std::string request)
 {
     char* reply = nullptr;
     int length = -1;
-    const int result = process_request_bwdclient(
-        request.data(), static_cast<int>(request.size()), &reply, &length
-    );
+    const int result = process_request_bwdclient(request.data(), static_cast<int>(request.size()), &reply, &length);
     if (result != 0 || reply == nullptr)
         return {result, true, ""};
     Answer answer{result, false, std::string(reply)};
@@ -119,15 +117,12 @@ std::string mxl(const std::string& operation)
 
 std::string add_user(const std::string& name, const std::string& group)
 {
-    return mxl(
-        R"(<xs:add id="opid" resource-type="User" c-resource-id="Users")"
-        R"( c-resource-type="User_Collection"> <User_Collection><User id="0" resource-type="User">)"
-        R"(<User_Id><![CDATA[]]></User_Id> <User_Name><![CDATA[)" +
-        name + "]]></User_Name><SmbHash>S</SmbHash><SysHash>$1$h</SysHash><Group_Name><![CDATA[" +
-        group +
-        "]]></Group_Name><Email_Address>z@example.com</Email_Address><IsLocked>1</IsLocked>"
-        " </User></User_Collection></xs:add>"
-    );
+    return mxl(R"(<xs:add id="opid" resource-type="User" c-resource-id="Users")"
+               R"( c-resource-type="User_Collection"> <User_Collection><User id="0" resource-type="User">)"
+               R"(<User_Id><![CDATA[]]></User_Id> <User_Name><![CDATA[)" +
+               name + "]]></User_Name><SmbHash>S</SmbHash><SysHash>$1$h</SysHash><Group_Name><![CDATA[" + group +
+               "]]></Group_Name><Email_Address>z@example.com</Email_Address><IsLocked>1</IsLocked>"
+               " </User></User_Collection></xs:add>");
 }
 
 std::string set_user(int id, const std::string& elements)
@@ -136,32 +131,26 @@ std::string set_user(int id, const std::string& elements)
     return "Authorization: alice\r\n" +
            mxl(R"(<xs:set id="opid" resource-id="Users" resource-type="User_Collection">)"
                R"(<User_Collection><User id=")" +
-               number + R"(" resource-id=")" + number + R"(" resource-type="User"><User_Id>)" +
-               number + "</User_Id>" + elements + "</User></User_Collection></xs:set>");
+               number + R"(" resource-id=")" + number + R"(" resource-type="User"><User_Id>)" + number + "</User_Id>" +
+               elements + "</User></User_Collection></xs:set>");
 }
 
 std::string delete_user(const std::string& id)
 {
-    return mxl(
-        R"(<xs:delete id="opid" resource-id=")" + id +
-        R"(" resource-type="User" c-resource-id="Users" c-resource-type="User_Collection">)"
-        "<keep_home_folder>1</keep_home_folder></xs:delete>"
-    );
+    return mxl(R"(<xs:delete id="opid" resource-id=")" + id +
+               R"(" resource-type="User" c-resource-id="Users" c-resource-type="User_Collection">)"
+               "<keep_home_folder>1</keep_home_folder></xs:delete>");
 }
 
 std::string find_user(const std::string& name)
 {
-    return mxl(
-        R"(<xs:query id="opid" resource-id="" resource-type="User_Collection"><xs:qualifier>)"
-        R"(<xs:page direction="1" start-index="20"/></xs:qualifier><xs:criterion>)"
-        R"(<xs:equal property="/User/User_Name/"><xs:value><![CDATA[)" +
-        name + "]]></xs:value></xs:equal></xs:criterion></xs:query>"
-    );
+    return mxl(R"(<xs:query id="opid" resource-id="" resource-type="User_Collection"><xs:qualifier>)"
+               R"(<xs:page direction="1" start-index="20"/></xs:qualifier><xs:criterion>)"
+               R"(<xs:equal property="/User/User_Name/"><xs:value><![CDATA[)" +
+               name + "]]></xs:value></xs:equal></xs:criterion></xs:query>");
 }
 
 std::string add_remote(const std::string& attributes)
 {
-    return mxl(
-        R"(<xs:add id="opid" resource-type="User:Remote:App"> <User )" + attributes + "/></xs:add>"
-    );
+    return mxl(R"(<xs:add id="opid" resource-type="User:Remote:App"> <User )" + attributes + "/></xs:add>");
 }

@@ -20,7 +20,7 @@ TEST(Orders, EachKindGivesTheClientItsOutcome)
         testing::Matcher<std::string> reply;
     } cases[] = {
         {"refuse 'not ]]> today'", 0, false, false,
-         HasSubstr("<xs:error-details><![CDATA[not ]] > today]]></xs:error-details>")},
+            HasSubstr("<xs:error-details><![CDATA[not ]] > today]]></xs:error-details>")},
         {"refuse-bare", 0, false, false, HasSubstr("status=\"failure\"></xs:response>")},
         {"reply '<odd>'", 0, false, false, Eq("<odd>")},
         {"reply ''", 0, false, false, Eq("")},

@@ -72,12 +72,9 @@ TEST(Transcript, TellsEveryExchange)
     EXPECT_EQ(all[0]["order"], nullptr);
     const Json second = {{"n", 2}, {"request", request}, {"reply", nullptr}, {"order", "fail"}};
     EXPECT_EQ(Json::parse(daemon.run("transcript --json --from 2").output), Json::array({second}));
-    EXPECT_THAT(
-        daemon.run("transcript --from 2").output,
-        HasSubstr("        <xs:equal property=\"/User/User_Name/\">\n"
-                  "          <xs:value><![CDATA[bob]]></xs:value>\n"
-                  "        </xs:equal>\n")
-    );
+    EXPECT_THAT(daemon.run("transcript --from 2").output, HasSubstr("        <xs:equal property=\"/User/User_Name/\">\n"
+                                                                    "          <xs:value><![CDATA[bob]]></xs:value>\n"
+                                                                    "        </xs:equal>\n"));
 }
 
 TEST(Commands, BadUseIsOneLineAndAStatus)
@@ -87,19 +84,9 @@ TEST(Commands, BadUseIsOneLineAndAStatus)
         const char* arguments;
         int status;
     } cases[] = {
-        {"", 2},
-        {"frobnicate", 2},
-        {"seed", 2},
-        {"seed /nowhere", 1},
-        {"order maybe", 2},
-        {"order refuse", 2},
-        {"order fail text", 2},
-        {"order cut x", 2},
-        {"order cut 1 --skip -1", 2},
-        {"order reply @/nowhere", 1},
-        {"transcript --from x", 2},
-        {"show --state /proc/none", 1},
-        {"serve", 1}, // one is running
+        {"", 2}, {"frobnicate", 2}, {"seed", 2}, {"seed /nowhere", 1}, {"order maybe", 2}, {"order refuse", 2},
+        {"order fail text", 2}, {"order cut x", 2}, {"order cut 1 --skip -1", 2}, {"order reply @/nowhere", 1},
+        {"transcript --from x", 2}, {"show --state /proc/none", 1}, {"serve", 1}, // one is running
     };
     for (const auto& [arguments, status] : cases) {
         SCOPED_TRACE(arguments);
