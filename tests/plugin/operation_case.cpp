@@ -55,8 +55,13 @@ Texts traceLike(const Texts& expected)
         std::string text = statement.text.substr(0, statement.text.find('\n'));
         text.insert(0, statement.level == "=" ? "= " : std::to_string(statement.line) + " ");
         const std::size_t at = lines.size();
-        if (at < expected.size() && expected[at][0] == '*')
-            text.replace(0, text.find(' '), "*");
+        if (at < expected.size()) {
+            const std::string& like = expected[at];
+            if (like[0] == '*')
+                text.replace(0, text.find(' '), "*");
+            if (like.back() == '~' && text.rfind(like.substr(0, like.size() - 1), 0) == 0)
+                text = like;
+        }
         lines.push_back(text);
     }
     return lines;
