@@ -8,6 +8,7 @@
 #include "syscmd/user_query.h"
 
 #include <cstring>
+#include <utility>
 
 namespace {
 

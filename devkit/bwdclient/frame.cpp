@@ -87,13 +87,14 @@ std::int64_t frame_deadline(std::int64_t timeout_ms)
 
 int frame_address(const char* path, sockaddr_un* address)
 {
-    if (std::strlen(path) >= sizeof address->sun_path) {
+    const std::size_t length = std::strlen(path);
+    if (length >= sizeof address->sun_path) {
         errno = ENAMETOOLONG;
         return -1;
     }
     std::memset(address, 0, sizeof *address);
     address->sun_family = AF_UNIX;
-    std::strcpy(address->sun_path, path);
+    std::memcpy(address->sun_path, path, length);
     return 0;
 }
 

@@ -11,11 +11,11 @@
 
 static int stolen_calls = 0;
 
-#define OF_THE_HOST(name)                                                                          \
-    extern "C" EXPORTED void name();                                                               \
-    void name()                                                                                    \
-    {                                                                                              \
-        ++stolen_calls;                                                                            \
+#define OF_THE_HOST(name)                                                                                              \
+    extern "C" EXPORTED void name();                                                                                   \
+    void name()                                                                                                        \
+    {                                                                                                                  \
+        ++stolen_calls;                                                                                                \
     }
 OF_THE_HOST(MD4_Init)
 OF_THE_HOST(MD4_Update)
@@ -36,8 +36,7 @@ TEST(Host, ChangesNothingInThePlugin)
 {
     char* smb = fromPlugin<char*(const char*)>("SMB_enc_passwd")("secret");
     char* sys = fromPlugin<char*(const char*)>("SYS_enc_passwd")("secret");
-    char* appended =
-        fromPlugin<char*(const char*, const char*, const char*)>("ptReplaceStr")("a", "", "b");
+    char* appended = fromPlugin<char*(const char*, const char*, const char*)>("ptReplaceStr")("a", "", "b");
     EXPECT_STREQ(smb, "878D8014606CDA29677A44EFA1353FC7");
     EXPECT_EQ(std::string(sys).size(), 34U);
     EXPECT_STREQ(appended, "ab");

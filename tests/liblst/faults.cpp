@@ -11,20 +11,19 @@ const char* failing_call = nullptr;
 
 static bool fails(const char* call, int error)
 {
-    const bool now = error == ENOMEM
-                         ? allocations_left-- == 0
-                         : failing_call != nullptr && std::strcmp(failing_call, call) == 0;
+    const bool now =
+        error == ENOMEM ? allocations_left-- == 0 : failing_call != nullptr && std::strcmp(failing_call, call) == 0;
     errno = now ? error : errno;
     return now;
 }
 
 // NOLINTBEGIN(bugprone-macro-parentheses): the linker's --wrap gives these names.
-#define WRAP(type, name, parameters, arguments, failure, error)                                    \
-    extern "C" type __real_##name parameters;                                                      \
-    extern "C" type __wrap_##name parameters;                                                      \
-    type __wrap_##name parameters                                                                  \
-    {                                                                                              \
-        return fails(#name, error) ? failure : __real_##name arguments;                            \
+#define WRAP(type, name, parameters, arguments, failure, error)                                                        \
+    extern "C" type __real_##name parameters;                                                                          \
+    extern "C" type __wrap_##name parameters;                                                                          \
+    type __wrap_##name parameters                                                                                      \
+    {                                                                                                                  \
+        return fails(#name, error) ? failure : __real_##name arguments;                                                \
     }
 // NOLINTEND(bugprone-macro-parentheses)
 

@@ -59,10 +59,9 @@ TEST(GetMXLStatus, table)
 
 TEST(UserRecords, aMissingFieldComesFromALaterRecord)
 {
-    UserRecords records = {
-        .reply = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"
-                 "<User id=\"2\"><User_Id>2</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
-                 "<User_Name><![CDATA[n]]></User_Name><Email_Address><![CDATA[e"};
+    UserRecords records = {.reply = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"
+                                    "<User id=\"2\"><User_Id>2</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
+                                    "<User_Name><![CDATA[n]]></User_Name><Email_Address><![CDATA[e"};
     UserRecord record;
     // A record at the very first byte is passed over.
     ASSERT_TRUE(nextRecord(&records, &record));
@@ -104,8 +103,13 @@ TEST(UserRecords, areReadInOnePass)
 TEST(Base64, table)
 {
     const std::pair<const char*, const char*> texts[] = {
-        {"", ""},  {"YQ==", "a"}, {"YWI6Yw==", "ab:c"}, {"Y W\nJj", "abc"},
-        {"Y", ""}, {"!!!", ""},   {"YWJjZA", "abc"},
+        {"", ""},
+        {"YQ==", "a"},
+        {"YWI6Yw==", "ab:c"},
+        {"Y W\nJj", "abc"},
+        {"Y", ""},
+        {"!!!", ""},
+        {"YWJjZA", "abc"},
     };
     for (const auto& [encoded, expected] : texts)
         EXPECT_STREQ(Owned(ptDecodeBase64(encoded)).get(), expected) << encoded;
@@ -125,9 +129,7 @@ TEST(RandomName, isHexadecimalOfTheLengthAskedFor)
 TEST(Readline, endsAtTheFirstLineEnd)
 {
     char text[] = "one\r\ntwo";
-    const std::unique_ptr<FILE, int (*)(FILE*)> stream(
-        fmemopen(text, sizeof text - 1, "r"), fclose
-    );
+    const std::unique_ptr<FILE, int (*)(FILE*)> stream(fmemopen(text, sizeof text - 1, "r"), fclose);
     char line[8];
     ASSERT_EQ(readline(line, sizeof line, stream.get()), SUCCESS);
     EXPECT_STREQ(line, "one");

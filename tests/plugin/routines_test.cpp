@@ -35,12 +35,8 @@ TEST_F(Routines, placeholderPairOfAnAccountWithoutPassword)
 {
     EXPECT_EQ(AddUser("zoe", nullptr, "z@x", "User"), SUCCESS);
     const std::string sent = requests().at(0);
-    EXPECT_NE(
-        sent.find("<SmbHash><![CDATA[7C41D09AQ3B8E2F65A0D9C14E7B3F820]]>"), std::string::npos
-    );
-    EXPECT_NE(
-        sent.find("<SysHash><![CDATA[$1$Qa7Lm2Xp$Zr4.hT9wYc1KbN3sVe8Fo0]]>"), std::string::npos
-    );
+    EXPECT_NE(sent.find("<SmbHash><![CDATA[7C41D09AQ3B8E2F65A0D9C14E7B3F820]]>"), std::string::npos);
+    EXPECT_NE(sent.find("<SysHash><![CDATA[$1$Qa7Lm2Xp$Zr4.hT9wYc1KbN3sVe8Fo0]]>"), std::string::npos);
 }
 
 TEST_F(Routines, hashesWithoutCloudUserUnlock)
@@ -49,15 +45,11 @@ TEST_F(Routines, hashesWithoutCloudUserUnlock)
     EXPECT_EQ(UpdateUser("1003", "carol", pair.c_str(), "sky-hold", "c@x", nullptr), SUCCESS);
     const std::string sent = requests().at(0);
     EXPECT_NE(
-        sent.find("<P2PUserName><![CDATA[(null)]]></P2PUserName>\t\t\t<IsLocked>0</IsLocked> "),
-        std::string::npos
-    );
+        sent.find("<P2PUserName><![CDATA[(null)]]></P2PUserName>\t\t\t<IsLocked>0</IsLocked> "), std::string::npos);
     EXPECT_NE(sent.find("<SysHash><![CDATA[b:c]]>"), std::string::npos);
-    EXPECT_EQ(
-        fileStatements().at(0).text,
+    EXPECT_EQ(fileStatements().at(0).text,
         "[syscmd:UpdateUser] username=carol, smbhash=a, syshash=b:c, group=sky-hold email=c@x "
-        "p2pusername=(null)\n"
-    );
+        "p2pusername=(null)\n");
     shell("boxwelld show | grep -E 'carol +sky-hold +unlocked'");
 }
 
@@ -65,9 +57,7 @@ TEST_F(Routines, authorityIsCut)
 {
     shell("printf '<owner>abcdefghijklmnopqrstuvwxyz0123456789</owner>' > " OWNER_FILE);
     EXPECT_EQ(UpdateUser("1003", "carol", nullptr, nullptr, "", nullptr), SUCCESS);
-    EXPECT_EQ(
-        requests().at(0).rfind("Authorization: abcdefghijklmnopqrstuvwxyz01234\r\n<?xml", 0), 0U
-    );
+    EXPECT_EQ(requests().at(0).rfind("Authorization: abcdefghijklmnopqrstuvwxyz01234\r\n<?xml", 0), 0U);
 }
 
 TEST_F(Routines, nullArgumentsAreLoggedAndRefused)
@@ -91,43 +81,37 @@ TEST_F(Routines, nullArgumentsAreLoggedAndRefused)
     EXPECT_EQ(UpgradeUserToSSO("1", nullptr, "x", nullptr, "x"), UPGRADE_INVALID_ARGUMENT);
     EXPECT_EQ(UpdateLocalSessionRecords("x", "x", nullptr), -1);
     EXPECT_EQ(AuthenticateUser("adduser", nullptr, is_owner, is_sh), -2);
-    for (auto* handler :
-         {AddAccountHandler, AddRemoteUserHandler, UnregisterHandler, DeleteAccountHandler,
-          UpgradeUserToSSOHandler, UpdateUserHandler, InitLocalSessionHandler})
+    for (auto* handler : {AddAccountHandler, AddRemoteUserHandler, UnregisterHandler, DeleteAccountHandler,
+             UpgradeUserToSSOHandler, UpdateUserHandler, InitLocalSessionHandler})
         handler(nullptr, response);
     EXPECT_EQ(text, nullptr);
     EXPECT_EQ(response, "untouched");
 
     Texts said;
     for (const Statement& statement : fileStatements())
-        said.push_back(
-            (statement.line < 274 ? "" : std::to_string(statement.line) + " ") + statement.text
-        );
-    EXPECT_EQ(
-        said, (Texts{
-                  "ERROR [syscmd:SendMXLtoBWD] invalid input arguments\n",
-                  "ERROR [syscmd:GetMXLStatus]: invalid input arguments\n",
-                  "ERROR [syscmd:GetMXLErrorDetail]: invalid input arguments\n",
-                  "ERROR [syscmd:GetUserIDByUsername]: invalid input arguments\n",
-                  "ERROR [syscmd:GetUserData]: invalid input arguments\n",
-                  "ERROR [syscmd:UpdateUser] invalid input arguments\n",
-                  "ERROR [syscmd:DelNetwork]: invalid input arguments\n",
-                  "ERROR [syscmd:DelUser]: invalid input arguments\n",
-                  "435 ERROR [syscmd:AddUser]: invalid input arguments\n",
-                  "274 ERROR [syscmd:AddNetwork]: invalid input arguments\n",
-                  "ERROR [syscmd:resolveLocalUserConflicts]: invalid input arguments\n",
-                  "ERROR [syscmd:renameLocalUserIfExists]: invalid input arguments\n",
-                  "975 ERROR [syscmd:UpgradeUserToSSO] invalid input arguments\n",
-                  "ERROR [syscmd:UpdateLocalSessionRecords] invalid input arguments\n",
-                  "1251 ERROR [syscmd:AuthenticateUser]: invalid arguments specified",
-                  "1295 [syscmd:AddAccountHandler] invalid input arguments",
-                  "1334 [syscmd:AddRemoteUserHandler] invalid input arguments",
-                  "1367 [syscmd:UnregisterHandler] invalid input arguments",
-                  "1391 [syscmd:DeleteAccountHandler] invalid input arguments",
-                  "1434 [syscmd:UpgradeUserToSSOHandler] invalid input arguments",
-                  "[syscmd:UpdateUserHandler] invalid input arguments",
-                  "[syscmd:InitLocalSessionHandler] invalid input arguments"})
-    );
+        said.push_back((statement.line < 274 ? "" : std::to_string(statement.line) + " ") + statement.text);
+    EXPECT_EQ(said,
+        (Texts{"ERROR [syscmd:SendMXLtoBWD] invalid input arguments\n",
+            "ERROR [syscmd:GetMXLStatus]: invalid input arguments\n",
+            "ERROR [syscmd:GetMXLErrorDetail]: invalid input arguments\n",
+            "ERROR [syscmd:GetUserIDByUsername]: invalid input arguments\n",
+            "ERROR [syscmd:GetUserData]: invalid input arguments\n",
+            "ERROR [syscmd:UpdateUser] invalid input arguments\n",
+            "ERROR [syscmd:DelNetwork]: invalid input arguments\n", "ERROR [syscmd:DelUser]: invalid input arguments\n",
+            "435 ERROR [syscmd:AddUser]: invalid input arguments\n",
+            "274 ERROR [syscmd:AddNetwork]: invalid input arguments\n",
+            "ERROR [syscmd:resolveLocalUserConflicts]: invalid input arguments\n",
+            "ERROR [syscmd:renameLocalUserIfExists]: invalid input arguments\n",
+            "975 ERROR [syscmd:UpgradeUserToSSO] invalid input arguments\n",
+            "ERROR [syscmd:UpdateLocalSessionRecords] invalid input arguments\n",
+            "1251 ERROR [syscmd:AuthenticateUser]: invalid arguments specified",
+            "1295 [syscmd:AddAccountHandler] invalid input arguments",
+            "1334 [syscmd:AddRemoteUserHandler] invalid input arguments",
+            "1367 [syscmd:UnregisterHandler] invalid input arguments",
+            "1391 [syscmd:DeleteAccountHandler] invalid input arguments",
+            "1434 [syscmd:UpgradeUserToSSOHandler] invalid input arguments",
+            "[syscmd:UpdateUserHandler] invalid input arguments",
+            "[syscmd:InitLocalSessionHandler] invalid input arguments"}));
 }
 
 TEST_F(Routines, idOfTheSystemsDatabase)
@@ -164,8 +148,7 @@ TEST_F(Routines, twoRenamesWithinASecondDrawTheSameDigits)
 TEST_F(Routines, derivedNameKeeps27Bytes)
 {
     shell(
-        R"(echo '{"groups":[{"name":"share","id":2002}],"accounts":[{"name":"abcdefghijklmnopqrstuvwxyz0123","id":1001,"group":"share"}]}' | boxwelld seed -)"
-    );
+        R"(echo '{"groups":[{"name":"share","id":2002}],"accounts":[{"name":"abcdefghijklmnopqrstuvwxyz0123","id":1001,"group":"share"}]}' | boxwelld seed -)");
     EXPECT_EQ(renameLocalUserIfExists("abcdefghijklmnopqrstuvwxyz0123", "cloud"), SUCCESS);
     shell("getent passwd | grep -E '^abcdefghijklmnopqrstuvwxyz0[0-9a-f]{4}:x:1001:'");
 }
@@ -175,10 +158,8 @@ TEST_F(Routines, thousandsOfRecords)
     std::ofstream reply("/var/lib/device/reply");
     reply << R"(<xs:response status="success">)";
     for (int i = 0; i < 20000; ++i)
-        reply << "<User id=\"" << i << "\"><User_Id>" << i
-              << "</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
-              << "<User_Name><![CDATA[u" << i
-              << "]]></User_Name><Email_Address><![CDATA[]]></Email_Address></User>";
+        reply << "<User id=\"" << i << "\"><User_Id>" << i << "</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
+              << "<User_Name><![CDATA[u" << i << "]]></User_Name><Email_Address><![CDATA[]]></Email_Address></User>";
     reply.close();
     shell("rm /var/log/shbroker.log; boxwelld order reply @/var/lib/device/reply --count 2");
     MAX_LOG_LEVEL = 0; // each record that does not match is a statement
@@ -202,13 +183,10 @@ TEST_F(Routines, ownerFileWithoutOptionalElements)
     shell("printf 'link_agent_id= x\\n' > /opt/linkhub/etc/linkagent.conf; "
           "printf 'BX error\\r\\r\\n' > /var/lib/device/info/Model");
     EXPECT_EQ(createOwnerFile(true, "a&<b", nullptr, OWNER_FILE), SUCCESS);
-    EXPECT_EQ(
-        shell("cat " OWNER_FILE),
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>a&<b</owner>"
-        "<model>BX error</model><firmware_id>2.31.204</firmware_id>"
-        "<firmware_time>1731936000</firmware_time><serial>BW24A1100317</serial>"
-        "<link_agent_id>id=</link_agent_id></registration>"
-    );
+    EXPECT_EQ(shell("cat " OWNER_FILE), "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>a&<b</owner>"
+                                        "<model>BX error</model><firmware_id>2.31.204</firmware_id>"
+                                        "<firmware_time>1731936000</firmware_time><serial>BW24A1100317</serial>"
+                                        "<link_agent_id>id=</link_agent_id></registration>");
     shell("printf 'link_agent_\\nlink_agent_id \\n' > /opt/linkhub/etc/linkagent.conf");
     std::string xid = "untouched";
     shell("printf 'link_agent   link_agent_id' > /opt/linkhub/etc/linkagent.conf");
@@ -281,10 +259,7 @@ TEST_F(Routines, statementsGoWhereTheirLevelAndLinesSay)
         ASSERT_EQ(entries.size(), journal.size()) << text.substr(0, 80);
         for (std::size_t i = 0; i < entries.size(); ++i) {
             const std::string prefix = i == 0 ? file[0].level + ":unit.cpp:42: " : "";
-            EXPECT_EQ(
-                entries[i].text,
-                journal[i].empty() ? prefix.substr(0, prefix.size() - 1) : prefix + journal[i]
-            );
+            EXPECT_EQ(entries[i].text, journal[i].empty() ? prefix.substr(0, prefix.size() - 1) : prefix + journal[i]);
             EXPECT_EQ(entries[i].function, "someFunction");
         }
     }

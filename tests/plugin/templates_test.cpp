@@ -20,8 +20,7 @@ struct Template {
 const Template TEMPLATES[] = {
     {"UPDATE_ACCOUNT_MXL", UPDATE_ACCOUNT_MXL},
     {"RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME", RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME},
-    {"RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD",
-     RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD},
+    {"RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD", RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD},
     {"RENAME_ACCOUNT_NO_PASSWORD_MXL", RENAME_ACCOUNT_NO_PASSWORD_MXL},
     {"GET_USER_DATA_MXL", GET_USER_DATA_MXL},
     {"ADD_USER_MXL", ADD_USER_MXL},
@@ -54,13 +53,9 @@ TEST(Templates, parseOnceFilledIn)
             request.replace(at, 2, "1");
         request.erase(0, request.find("<?xml"));
         const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> document(
-            xmlReadMemory(request.data(), static_cast<int>(request.size()), name, nullptr, 0),
-            xmlFreeDoc
-        );
+            xmlReadMemory(request.data(), static_cast<int>(request.size()), name, nullptr, 0), xmlFreeDoc);
         ASSERT_NE(document, nullptr) << name;
-        EXPECT_STREQ(
-            reinterpret_cast<const char*>(xmlDocGetRootElement(document.get())->name), "mxl"
-        );
+        EXPECT_STREQ(reinterpret_cast<const char*>(xmlDocGetRootElement(document.get())->name), "mxl");
     }
 }
 
