@@ -24,8 +24,16 @@ add_link_options(-Wl,--enable-new-dtags -Wl,-z,relro -Wl,-z,now)
 if(SYSCMD_WERROR)
     add_compile_options(-Werror)
 endif()
+# For size; with debug symbols, which strip_apart() keeps.
+set(CMAKE_C_FLAGS_MINSIZEREL "-Os -g -DNDEBUG")
+set(CMAKE_CXX_FLAGS_MINSIZEREL "-Os -g -DNDEBUG")
 if(CMAKE_BUILD_TYPE MATCHES "^(Release|MinSizeRel|RelWithDebInfo)$")
     add_compile_definitions(_FORTIFY_SOURCE=2)
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
+    add_compile_options(-ffunction-sections -fdata-sections)
+    add_link_options(-Wl,--gc-sections)
 endif()
 
 include_directories(${CMAKE_SOURCE_DIR})
