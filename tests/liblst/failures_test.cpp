@@ -83,13 +83,16 @@ TEST(Failures, ExhaustedMemoryGivesNothing)
     const TempFile file("key = value\nother = 1\n");
     const char* list[] = {"k", "v", "k", "w", nullptr};
     char* content = nullptr;
+    char directory[] = "/tmp/liblst.XXXXXX";
+    ASSERT_NE(mkdtemp(directory), nullptr);
+    ASSERT_EQ(executeShellFormat("touch %s/entry", directory), 0);
     SWEEP_LIST(
         lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"),
         (Items{"1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "1", "2", "3", "4", "5", "6"})
     );
     SWEEP_LIST(lstEgrep(list, "[vw]"), (Items{"v", "w"}));
     SWEEP_LIST(getMapValues(const_cast<char**>(list), "k"), (Items{"v", "w"}));
-    SWEEP_LIST(lstReadDir("/proc/self/task"), Items{std::to_string(getpid())});
+    SWEEP_LIST(lstReadDir(directory), Items{"entry"});
     SWEEP_LIST(readConfig(file.path), (Items{"key", "value", "other", "1"}));
     SWEEP_TEXT(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"), "bbbbbbbbbbbbbbbbb");
     SWEEP_TEXT(ptReplaceStr("a", "", "b"), "ab");
@@ -99,6 +102,7 @@ TEST(Failures, ExhaustedMemoryGivesNothing)
         (getShellContentFormat(&content, "printf %%5000d 1") == 0 ? content : nullptr),
         std::string(4999, ' ') + "1"
     );
+    EXPECT_EQ(executeShellFormat("rm -r %s", directory), 0);
 }
 
 TEST(Failures, ExhaustedMemoryLeavesTheListAsItWas)
