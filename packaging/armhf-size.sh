@@ -11,7 +11,7 @@ LIBRARIES='ld-linux-armhf.so.3 libbwdclient.so libc.so.6 libcrypt.so.1 libgcc_s.
 
 usage() {
     cat <<'TXT'
-usage: armhf-size [--check] PLUGIN [CROSS_PREFIX]
+usage: armhf-size.sh [--check] PLUGIN [CROSS_PREFIX]
 
 Prints text, data, relocations, needed libraries, the newest GLIBC and GLIBCXX versions required, and
 the plug-in's units, largest first (from the debug symbols beside it). With --check it fails when text
@@ -55,12 +55,12 @@ check() {
     local text data total failed=0 surplus
     read -r text data total < <(sizes)
     if [ "$total" -gt "$LIMIT" ]; then
-        echo "armhf-size: text and data are $total bytes ($text + $data), $((total - LIMIT)) more than $LIMIT" >&2
+        echo "armhf-size.sh: text and data are $total bytes ($text + $data), $((total - LIMIT)) more than $LIMIT" >&2
         failed=1
     fi
     surplus=$(needed | grep -vxF "$(tr -s ' \n' '\n' <<<"$LIBRARIES")" || true)
     if [ -n "$surplus" ]; then
-        echo "armhf-size: no library of a device's: ${surplus//$'\n'/ }" >&2
+        echo "armhf-size.sh: no library of a device's: ${surplus//$'\n'/ }" >&2
         failed=1
     fi
     return "$failed"
@@ -78,7 +78,7 @@ fi
 PLUGIN=$1
 PREFIX=${2:-arm-linux-gnueabihf-}
 [ -r "$PLUGIN" ] || {
-    echo "armhf-size: cannot read $PLUGIN" >&2
+    echo "armhf-size.sh: cannot read $PLUGIN" >&2
     exit 2
 }
 $action
