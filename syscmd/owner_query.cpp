@@ -31,6 +31,6 @@ char* GetP2POwner()
 const char* getGroupByUsername(const char* username, int* isowner)
 {
     AUTO_FREE char* owner = GetSSOOwner();
-    *isowner = owner != nullptr && strcmp(owner, username) == 0 ? 1 : 0;
+    *isowner = owner != nullptr && username != nullptr && strcmp(owner, username) == 0 ? 1 : 0;
     return *isowner == 1 ? "admin" : SKYHOLD_GROUP;
 }

@@ -127,9 +127,8 @@ void add_commands(CLI::App& app, Options& options)
     add_order_command(app, options);
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+/** The exit status; what is wrong is said in one line. */
+int run(int argc, char** argv)
 {
     CLI::App app("The management daemon: keeps accounts, answers transactions.", "boxwelld");
     Options options;
@@ -149,4 +148,15 @@ int main(int argc, char** argv)
     }
     std::fprintf(stderr, "boxwelld: %s\n", one_line(problem).c_str());
     return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return run(argc, argv);
+    } catch (...) { // no memory to say it with
+        return EXIT_FAILED;
+    }
 }

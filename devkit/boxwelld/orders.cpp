@@ -1,16 +1,15 @@
 #include "devkit/boxwelld/orders.h"
 
-#include <SQLiteCpp/Statement.h>
+#include "devkit/boxwelld/sql.h"
+
 #include <SQLiteCpp/Transaction.h>
-#include <SQLiteCpp/VariadicBind.h>
 
 void place_order(Store& store, const Order& order, int skip, int count)
 {
-    SQLite::Statement row(
-        store.database(), "INSERT INTO orders (kind, text, skip, count) VALUES (?, ?, ?, ?)"
+    execute(
+        store.database(), "INSERT INTO orders (kind, text, skip, count) VALUES (?, ?, ?, ?)",
+        order.kind, order.text, skip, count
     );
-    SQLite::bind(row, order.kind, order.text, skip, count);
-    row.exec();
 }
 
 std::optional<Order> take_order(Store& store)
@@ -28,14 +27,8 @@ std::optional<Order> take_order(Store& store)
     }
     row.reset();
     // A count of 1 is used up, a count of 0 never is.
-    SQLite::Statement used(database, "DELETE FROM orders WHERE id = ? AND count = 1");
-    SQLite::bind(used, id);
-    used.exec();
-    SQLite::Statement left(
-        database, "UPDATE orders SET count = count - 1 WHERE id = ? AND count > 1"
-    );
-    SQLite::bind(left, id);
-    left.exec();
+    execute(database, "DELETE FROM orders WHERE id = ? AND count = 1", id);
+    execute(database, "UPDATE orders SET count = count - 1 WHERE id = ? AND count > 1", id);
     database.exec("UPDATE orders SET skip = skip - 1 WHERE skip > 0");
     transaction.commit();
     return order;

@@ -5,7 +5,7 @@
 namespace {
 
 // In replies to what could not be read.
-constexpr char DEFAULT_SCHEMA[] = "http://boxwelld.example.com/protocol/transaction/MXLSchema-0.9";
+constexpr char DEFAULT_HOST[] = "http://boxwelld.example.com";
 
 std::string cdata(const std::string& name, const std::string& text)
 {
@@ -24,9 +24,10 @@ std::string record(const Account& account)
 
 std::string response(const Envelope& envelope, const char* status, const std::string& body)
 {
-    const std::string& schema = envelope.schema.empty() ? DEFAULT_SCHEMA : envelope.schema;
+    const std::string schema =
+        envelope.schema.empty() ? std::string(DEFAULT_HOST) + SCHEMA_PATH : envelope.schema;
     return R"(<?xml version="1.0" encoding="UTF-8"?><xs:mxl xmlns:xs=")" + escaped(schema) +
-           R"(" xmlns="urn:varden:nas:boxwelld" src="nas" dst=")" + escaped(envelope.source) +
+           "\" xmlns=\"" + RESOURCES + R"(" src="nas" dst=")" + escaped(envelope.source) +
            R"("><xs:transaction id=")" + escaped(envelope.transaction_id) +
            R"("><xs:response id=")" + escaped(envelope.operation_id) + R"(" status=")" + status +
            "\">" + body + "</xs:response></xs:transaction></xs:mxl>";
@@ -35,8 +36,9 @@ std::string response(const Envelope& envelope, const char* status, const std::st
 /** A text that one CDATA section can hold. */
 std::string fit_for_cdata(std::string text)
 {
-    for (std::size_t at = 0; (at = text.find("]]>", at)) != std::string::npos; at += 2)
+    for (std::size_t at = 0; (at = text.find("]]>", at)) != std::string::npos; at += 2) {
         text.insert(at + 2, " ");
+    }
     return text;
 }
 
@@ -45,8 +47,9 @@ std::string fit_for_cdata(std::string text)
 std::string success_reply(const Envelope& envelope, const std::vector<Account>& records)
 {
     std::string body;
-    for (const Account& account : records)
+    for (const Account& account : records) {
         body += record(account);
+    }
     return response(envelope, "success", body);
 }
 

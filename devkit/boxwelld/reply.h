@@ -1,6 +1,7 @@
 /** The daemon's replies. `status` is the last attribute of its element, and CDATA holds texts. */
 #pragma once
 
+#include "devkit/boxwelld/account.h"
 #include "devkit/boxwelld/request.h"
 
 #include <optional>

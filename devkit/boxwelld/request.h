@@ -1,57 +1,32 @@
-/** The requests that the daemon understands. */
+/** A request's text taken apart, down to the one operation that it holds. */
 #pragma once
 
-#include "devkit/boxwelld/account.h"
-#include "devkit/boxwelld/store.h"
+#include "devkit/boxwelld/xml.h"
 
 #include <string>
-#include <variant>
 
-/** What a reply repeats of its request; as much of it as could be read. */
+// Texts that stand in every request.
+constexpr char RESOURCES[] = "urn:varden:nas:boxwelld";
+/** The end of the transaction schema's address; its host is anybody's. */
+constexpr char SCHEMA_PATH[] = "/protocol/transaction/MXLSchema-0.9";
+
+/** What a reply repeats of its request. */
 struct Envelope {
-    std::string schema; // address of the transaction schema
+    std::string schema;
     std::string source;
     std::string transaction_id;
     std::string operation_id;
 };
 
-struct QueryAccounts {
-    Property property;
-    Match match;
-    std::string value;
+struct Request {
+    Document document; // owns the operation
+    const xmlNode* operation = nullptr;
 };
-struct AddAccount {
-    AccountFields fields;
-};
-struct SetAccount {
-    std::int64_t id;
-    AccountFields fields;
-};
-struct DeleteAccount {
-    std::int64_t id;
-};
-struct AddRemoteUser {
-    RemoteUser user;
-};
-struct DeleteRemoteUser {
-    std::string name;
-};
-struct SetCloudOwner {
-    std::string name;
-};
-using Request = std::variant<
-    QueryAccounts,
-    AddAccount,
-    SetAccount,
-    DeleteAccount,
-    AddRemoteUser,
-    DeleteRemoteUser,
-    SetCloudOwner>;
 
 /**
- * Reads a request's text, with or without an `Authorization: NAME` line ahead of it.
+ * Reads a request, with or without an `Authorization: NAME` line ahead of it.
  *
  * @param envelope  filled in as far as reading came, also where the request is refused
- * @throw Refusal   the text is not well-formed, or asks for something that is not known
+ * @throw Refusal   the text is not well-formed, or is no transaction of one operation
  */
 Request read_request(const std::string& text, Envelope& envelope);

@@ -29,21 +29,30 @@ struct Outcome {
     bool answered = true;
 };
 
-/** The listening socket; its name goes when the daemon does. */
+int join(decltype(&connect) call, const Fd& socket, const std::string& path)
+{
+    sockaddr_un address;
+    if (frame_address(path.c_str(), &address) != 0) {
+        throw_errno(path);
+    }
+    return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+}
+
+/** The listening socket. Its name appears once it listens, and goes when the daemon does. */
 class Listener {
   public:
     explicit Listener(const std::string& path)
         : path_(path), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
     {
-        sockaddr_un address;
-        if (socket_.get() < 0 || frame_address(path.c_str(), &address) != 0)
-            throw_errno(path);
-        const auto* name = reinterpret_cast<const sockaddr*>(&address);
-        if (connect(socket_.get(), name, sizeof address) == 0 || errno == EAGAIN)
+        if (join(connect, socket_, path) == 0 || errno == EAGAIN) {
             throw Refusal(path + ": a daemon is running already");
-        unlink(path.c_str()); // left behind by one that was killed
-        if (bind(socket_.get(), name, sizeof address) != 0 || listen(socket_.get(), SOMAXCONN) != 0)
+        }
+        const std::string unready = path + ".new"; // either name may be left by one that was killed
+        unlink(unready.c_str());
+        if (join(bind, socket_, unready) != 0 || listen(socket_.get(), SOMAXCONN) != 0 ||
+            rename(unready.c_str(), path.c_str()) != 0) {
             throw_errno(path);
+        }
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -69,27 +78,45 @@ Fd end_signals()
 
 Outcome follow(Store& store, const Order& order, const std::string& request)
 {
-    if (order.kind == "refuse")
+    if (order.kind == "refuse") {
         return {refuse(request, order.text)};
-    if (order.kind == "refuse-bare")
+    }
+    if (order.kind == "refuse-bare") {
         return {refuse(request, std::nullopt)};
-    if (order.kind == "reply")
+    }
+    if (order.kind == "reply") {
         return {order.text};
-    if (order.kind == "cut")
+    }
+    if (order.kind == "cut") {
         return {carry_out(store, request).substr(0, std::stoul(order.text))};
+    }
     return {std::nullopt, order.kind == "no-reply"};
+}
+
+void report(const std::exception& failure)
+{
+    std::fprintf(stderr, "boxwelld: %s\n", one_line(failure.what()).c_str());
+}
+
+void record(const Paths& paths, const Exchange& exchange)
+{
+    try {
+        append_to_transcript(paths, exchange);
+    } catch (const std::exception& failure) { // what is done is answered all the same
+        report(failure);
+    }
 }
 
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
     const std::optional<Order> order = take_order(store);
-    const Outcome outcome =
-        order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
-    append_to_transcript(
+    Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
+    record(
         paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
     );
-    if (order && order->kind == "die")
+    if (order && order->kind == "die") {
         raise(SIGKILL);
+    }
     return outcome;
 }
 
@@ -97,18 +124,22 @@ void serve_client(Store& store, const Paths& paths, const Fd& client, int timeou
 {
     char* bytes = nullptr;
     std::uint32_t length = 0;
-    if (frame_receive(client.get(), &bytes, &length, frame_deadline(timeout_ms)) != 0)
+    if (frame_receive(client.get(), &bytes, &length, frame_deadline(timeout_ms)) != 0) {
         throw_errno("a request was not received");
+    }
     const Text text(bytes);
-    if (!text)
+    if (!text) {
         throw Refusal("a request was not received: it has no text");
+    }
     const Outcome outcome = answer(store, paths, std::string(text.get(), length));
-    if (!outcome.answered)
+    if (!outcome.answered) {
         return;
+    }
     const char* reply = outcome.reply ? outcome.reply->data() : nullptr;
     const auto reply_length = static_cast<std::uint32_t>(outcome.reply.value_or("").size());
-    if (frame_send(client.get(), reply, reply_length, frame_deadline(timeout_ms)) != 0)
+    if (frame_send(client.get(), reply, reply_length, frame_deadline(timeout_ms)) != 0) {
         throw_errno("a reply was not sent");
+    }
 }
 
 } // namespace
@@ -117,20 +148,24 @@ void serve(const Paths& paths, int client_timeout_ms)
 {
     const Fd signals = end_signals();
     Store store(paths);
+    store.change([] {}); // passwd and group may be others than they were
     const Listener listener(paths.socket);
     for (;;) {
         pollfd ready[] = {{signals.get(), POLLIN, 0}, {listener.get(), POLLIN, 0}};
-        if (poll(ready, 2, -1) < 0 && errno != EINTR)
+        if (poll(ready, 2, -1) < 0 && errno != EINTR) {
             throw_errno("poll");
-        if (ready[0].revents != 0)
+        }
+        if (ready[0].revents != 0) {
             return;
+        }
         const Fd client(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (client.get() < 0)
+        if (client.get() < 0) {
             continue;
+        }
         try {
             serve_client(store, paths, client, client_timeout_ms);
         } catch (const std::exception& failure) { // this client's misfortune, not the daemon's
-            std::fprintf(stderr, "boxwelld: %s\n", one_line(failure.what()).c_str());
+            report(failure);
         }
     }
 }

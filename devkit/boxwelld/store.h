@@ -34,7 +34,7 @@ class Store {
     void change(const std::function<void()>& work);
 
     // Within change():
-    /** Adds an account with fields.name and fields.group, and a new id where none is given. */
+    /** Adds an account, which needs a name and a group; the result is its id. */
     std::int64_t add_account(const AccountFields& fields, std::optional<std::int64_t> id = {});
     void set_account(std::int64_t id, const AccountFields& fields);
     void delete_account(std::int64_t id);
@@ -58,9 +58,13 @@ class Store {
 
   private:
     void write_account_files();
-    void set_name(std::int64_t id, const std::string& name);
-    void set_column(std::int64_t id, const char* column, const std::string& value);
+    /** The id that is asked for, or what the query `next` gives; passwd must be able to hold it. */
+    std::int64_t choose_id(const std::optional<std::int64_t>& wanted, const char* next);
     std::int64_t group_id(const std::string& name);
+    /** A cloud owner who is renamed stays the cloud owner. */
+    void set_name(std::int64_t id, const std::string& name);
+    template<class Value>
+    void set_column(std::int64_t id, const std::string& column, const Value& value);
 
     Paths paths_;
     SQLite::Database database_;

@@ -7,7 +7,7 @@
 #include <string>
 
 /** Carries out the request, whole or not at all; whatever hinders it becomes a refusal. */
-std::string carry_out(Store& store, const std::string& request);
+std::string carry_out(Store& store, const std::string& text);
 
 /** Refuses the request without looking at what it asks for. */
-std::string refuse(const std::string& request, const std::optional<std::string>& detail);
+std::string refuse(const std::string& text, const std::optional<std::string>& detail);

@@ -66,8 +66,10 @@ std::string nextSalt(drand48_data* generator)
         long value = 0;
         mrand48_r(generator, &value);
         for (int shift = 0; shift < 24; shift += 6) {
-            salt += "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789./"
-                [static_cast<unsigned long>(value) >> shift & 63];
+            salt +=
+                "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789./"[static_cast<unsigned long>(value) >>
+                                                                                       shift &
+                                                                                   63];
         }
     }
     return salt + "$";

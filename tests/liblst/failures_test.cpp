@@ -15,19 +15,18 @@ static const char* failing_call = nullptr;
 
 static bool fails(const char* call, int error)
 {
-    const bool now = error == ENOMEM
-                         ? allocations_left-- == 0
-                         : failing_call != nullptr && std::strcmp(failing_call, call) == 0;
+    const bool now =
+        error == ENOMEM ? allocations_left-- == 0 : failing_call != nullptr && std::strcmp(failing_call, call) == 0;
     errno = now ? error : errno;
     return now;
 }
 
-#define WRAP(type, name, parameters, arguments, failure, error)                                    \
-    extern "C" type __real_##name parameters;                                                      \
-    extern "C" EXPORTED type __wrap_##name parameters;                                             \
-    type __wrap_##name parameters                                                                  \
-    {                                                                                              \
-        return fails(#name, error) ? failure : __real_##name arguments;                            \
+#define WRAP(type, name, parameters, arguments, failure, error)                                                        \
+    extern "C" type __real_##name parameters;                                                                          \
+    extern "C" EXPORTED type __wrap_##name parameters;                                                                 \
+    type __wrap_##name parameters                                                                                      \
+    {                                                                                                                  \
+        return fails(#name, error) ? failure : __real_##name arguments;                                                \
     }
 WRAP(void*, malloc, (size_t size), (size), nullptr, ENOMEM)
 WRAP(void*, realloc, (void* old, size_t size), (old, size), nullptr, ENOMEM)
@@ -90,8 +89,7 @@ TEST(Failures, NullArguments)
 }
 
 /** Fails each allocation of `call` in turn: then its result is `whole`, or `none` with ENOMEM. */
-template<typename Result>
-void sweep(const std::function<Result()>& call, const Result& whole, const Result& none)
+template<typename Result> void sweep(const std::function<Result()>& call, const Result& whole, const Result& none)
 {
     for (int nth = 0, left = -1; left < 0; ++nth) {
         errno = 0;
@@ -111,10 +109,8 @@ TEST(Failures, ExhaustedMemoryGivesNothing)
     const TempFile file("key = value\nother = 1\n");
     const char* list[] = {"k", "v", "k", "w", nullptr};
     char* content = nullptr;
-    SWEEP_LIST(
-        lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"),
-        (Items{"1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "1", "2", "3", "4", "5", "6"})
-    );
+    SWEEP_LIST(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"),
+        (Items{"1", "2", "3", "4", "5", "6", "7", "8", "9", "0", "1", "2", "3", "4", "5", "6"}));
     SWEEP_LIST(lstEgrep(list, "[vw]"), (Items{"v", "w"}));
     SWEEP_LIST(getMapValues(const_cast<char**>(list), "k"), (Items{"v", "w"}));
     SWEEP_LIST(lstReadDir("/proc/self/task"), Items{std::to_string(getpid())});
@@ -124,17 +120,14 @@ TEST(Failures, ExhaustedMemoryGivesNothing)
     SWEEP_TEXT(ptCutStr("a<b>", "<", ">"), "b");
     SWEEP_TEXT(ptGetFileRowFormat("%s", file.path), "key = value");
     SWEEP_TEXT(
-        (getShellContentFormat(&content, "printf %%5000d 1") == 0 ? content : nullptr),
-        std::string(4999, ' ') + "1"
-    );
+        (getShellContentFormat(&content, "printf %%5000d 1") == 0 ? content : nullptr), std::string(4999, ' ') + "1");
 }
 
 TEST(Failures, ExhaustedMemoryLeavesTheListAsItWas)
 {
     // By calls that never fail here.
     const auto make = [](bool empty) {
-        char** list =
-            empty ? nullptr : static_cast<char**>(reallocarray(nullptr, 2, sizeof(char*)));
+        char** list = empty ? nullptr : static_cast<char**>(reallocarray(nullptr, 2, sizeof(char*)));
         if (list != nullptr && asprintf(list, "old") > 0) {
             list[1] = nullptr;
         }
@@ -145,20 +138,13 @@ TEST(Failures, ExhaustedMemoryLeavesTheListAsItWas)
         Items pushed = old;
         char** list = nullptr;
         pushed.emplace_back("key");
-        sweep<Items>(
-            [&] { return list = make(empty), lstPush(&list, "key"), items(list); }, pushed, old
-        );
+        sweep<Items>([&] { return list = make(empty), lstPush(&list, "key"), items(list); }, pushed, old);
         pushed.emplace_back("value");
-        sweep<Items>(
-            [&] { return list = make(empty), mapPush(&list, "key", "value"), items(list); }, pushed,
-            old
-        );
+        sweep<Items>([&] { return list = make(empty), mapPush(&list, "key", "value"), items(list); }, pushed, old);
     }
     char** list = nullptr;
     sweep<Items>(
-        [&] { return list = make(false), replaceStrFormat(list, "l", "%d", 1), items(list); },
-        {"o1d"}, {"old"}
-    );
+        [&] { return list = make(false), replaceStrFormat(list, "l", "%d", 1), items(list); }, {"o1d"}, {"old"});
 }
 
 TEST(Failures, OfClosingAndLocking)

@@ -80,7 +80,7 @@ TEST(Files, ReadingAndWritingGoOnThroughRefusalsAndInterruptions)
         });
         EXPECT_EQ(writeToFileFormat(ends[0], "%s", content.c_str()), -1); // all of it, but then:
         EXPECT_EQ(errno, EINVAL);                                         // fsync() of a socket
-        usleep(20000); // the reader waits for more
+        usleep(20000);                                                    // the reader waits for more
         close(ends[0]);
         reader.join();
         close(ends[1]);

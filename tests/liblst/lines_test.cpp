@@ -48,9 +48,7 @@ TEST_F(Lines, OfAChunk)
         const char* content;
         Items rows;
     } cases[] = {
-        {"", {}},
-        {"o\rne\r\ntwo\n", {"one", "two"}},
-        {"same\nsame\nthird\n", {"same", "third"}},
+        {"", {}}, {"o\rne\r\ntwo\n", {"one", "two"}}, {"same\nsame\nthird\n", {"same", "third"}},
         {"b\nab\nc\n", {"b", "ac"}},                // the tail of a longer line goes too
         {"\none\n\ntwo\n\nsix", {"", "onetwosix"}}, // and so do the line ends after an empty one
     };

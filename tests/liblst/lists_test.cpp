@@ -68,10 +68,8 @@ TEST(Lists, ReadDirLeavesOutTheDots)
     const std::string longest(255, 'n');
     EXPECT_EQ(executeShellFormat("cd %s && touch .hidden ... %s", directory, longest.c_str()), 0);
     const Items found = items(lstReadDir(directory));
-    EXPECT_EQ(
-        std::multiset<std::string>(found.begin(), found.end()),
-        (std::multiset<std::string>{".hidden", "...", longest})
-    );
+    EXPECT_EQ(std::multiset<std::string>(found.begin(), found.end()),
+        (std::multiset<std::string>{".hidden", "...", longest}));
     EXPECT_EQ(executeShellFormat("rm -r %s", directory), 0);
     EXPECT_EQ(lstReadDir(directory), nullptr);
     EXPECT_EQ(errno, ENOENT);

@@ -1,5 +1,8 @@
 #include "tests/plugin/device.h"
 
+#include "devkit/boxwelld/seed.h"
+#include "devkit/boxwelld/transcript.h"
+
 #include <dlfcn.h>
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -15,6 +18,7 @@
 
 namespace {
 
+const Paths PATHS;
 constexpr const char* LOG_FILE = "/var/log/shbroker.log";
 std::string readFile(const std::string& path)
 {
@@ -23,9 +27,7 @@ std::string readFile(const std::string& path)
 }
 
 /** Where an item of the file begins: a statement's prefix, or an effect. */
-const std::regex
-    ITEM("[A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4} [0-9:]{8} (ERROR|INFO|DEBUG):([^:]+):([0-9]+) |\n(=) "
-    );
+const std::regex ITEM("[A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4} [0-9:]{8} (ERROR|INFO|DEBUG):([^:]+):([0-9]+) |\n(=) ");
 
 } // namespace
 
@@ -65,8 +67,7 @@ void resetDevice()
 std::string base64(const std::string& text)
 {
     const std::unique_ptr<gchar, void (*)(gpointer)> encoded(
-        g_base64_encode(reinterpret_cast<const guchar*>(text.data()), text.size()), g_free
-    );
+        g_base64_encode(reinterpret_cast<const guchar*>(text.data()), text.size()), g_free);
     return encoded.get();
 }
 
@@ -87,8 +88,7 @@ std::vector<Statement> fileStatements()
         const auto from = static_cast<std::size_t>(at->position() + at->length());
         const auto to = next == end ? log.size() : static_cast<std::size_t>(next->position());
         const int line = (*at)[3].matched ? std::stoi(at->str(3)) : 0;
-        items.push_back({at->str(1) + at->str(4), at->str(2), line, "", log.substr(from, to - from)}
-        );
+        items.push_back({at->str(1) + at->str(4), at->str(2), line, "", log.substr(from, to - from)});
     }
     return items;
 }
@@ -97,21 +97,17 @@ std::vector<Statement> journalStatements()
 {
     static std::string cursor;
     const std::string after = cursor.empty() ? "" : " --after-cursor='" + cursor + "'";
-    std::istringstream entries(shell(
-        "journalctl --sync; journalctl --file \"$(find \"$DEVICE_JOURNAL\" -name '*.journal')\" "
-        "--all "
-        "-o json --no-pager CATEGORY=shbroker" +
-        after
-    ));
+    std::istringstream entries(
+        shell("journalctl --sync; journalctl --file \"$(find \"$DEVICE_JOURNAL\" -name '*.journal')\" "
+              "--all "
+              "-o json --no-pager CATEGORY=shbroker" +
+              after));
     std::vector<Statement> statements;
     for (std::string line; std::getline(entries, line);) {
         const auto entry = nlohmann::json::parse(line);
         cursor = entry.at("__CURSOR");
-        statements.push_back(
-            {entry.at("PRIORITY"), entry.at("CODE_FILE"),
-             std::stoi(entry.at("CODE_LINE").get<std::string>()), entry.at("CODE_FUNC"),
-             entry.at("MESSAGE")}
-        );
+        statements.push_back({entry.at("PRIORITY"), entry.at("CODE_FILE"),
+            std::stoi(entry.at("CODE_LINE").get<std::string>()), entry.at("CODE_FUNC"), entry.at("MESSAGE")});
     }
     return statements;
 }
@@ -119,7 +115,7 @@ std::vector<Statement> journalStatements()
 std::vector<std::string> requests()
 {
     std::vector<std::string> texts;
-    for (const auto& exchange : nlohmann::json::parse(shell("boxwelld transcript --json")))
+    for (const auto& exchange : nlohmann::json::parse(transcript(PATHS, 1, true)))
         texts.push_back(exchange.at("request"));
     return texts;
 }

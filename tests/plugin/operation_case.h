@@ -16,8 +16,7 @@ struct Case {
     std::string prepare = "";                 // shell, on the device, beforehand
     TTransactionCode code = CODE_SUCCEED;
     std::string response = "success";
-    Texts trace =
-        {}; // statements ("LINE text" or "* text") and effects ("= code 0"), from the login on
+    Texts trace = {};       // statements ("LINE text" or "* text") and effects ("= code 0"), from the login on
     Texts requests = {};    // a piece of each transaction
     std::string check = ""; // shell, on the device, afterwards: must succeed
 };

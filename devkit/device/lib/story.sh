@@ -6,8 +6,12 @@ SESSIONS=/opt/skyhold/etc/local_sessions
 OWNER_FILE=/opt/skyhold/etc/registration.conf
 WIDTH=112
 failures=0
-transactions= # of the last step, as shown
-journal=      # of the last step
+# Of the last step, as shown:
+transactions=
+journal=
+# Up to now:
+device= # see state()
+journal_lines=0
 
 chapter() { printf '\n\n==== %s ====\n' "$1"; }
 
@@ -39,7 +43,7 @@ expect() {
 # the same account in the system's user database.
 expect_account() {
     local daemon system
-    daemon=$(boxwelld show | awk -v name="$1" '$2 == name && /locked/ {print $3, $4, $5}')
+    daemon=$(awk -v name="$1" '$1 == "accounts:" && $3 == name { print $4, $5, $6 }' <<<"$device")
     expect "account $1" "$2" "${daemon% }"
     system=$(id -gn "$1" 2>/dev/null) || system=
     expect "group of $1" "${2%% *}" "$system"
@@ -57,18 +61,19 @@ expect_text() {
 # ask COMMAND-LINE CODE RESPONSE: has the plug-in carry it out; shows and checks the answer, then
 # what it came to: transactions, changes of the device, journal.
 ask() {
-    local before first answer entries
-    before=$(state)
+    local before=$device first answer entries
     first=$(($(wc -l </var/lib/boxwelld/transcript.jsonl) + 1))
-    entries=$(read_journal | wc -l)
     printf '\n$ broker run %s\n' "$1"
     answer=$(eval "broker run $1 --log-level 7") || true
-    printf '%s\n' "$answer" | indent
+    indent <<<"$answer"
     expect 'the answer' "$2, \"$3\"" "${answer%, *}"
     transactions=$(boxwelld transcript --from "$first" | what_matters)
-    journal=$(read_journal | tail -n "+$((entries + 1))")
+    device=$(state)
+    entries=$(read_journal)
+    journal=$(tail -n "+$((journal_lines + 1))" <<<"$entries")
+    journal_lines=$(wc -l <<<"$entries")
     show 'transactions' "$transactions"
-    show 'changes' "$(changes "$before" "$(state)")"
+    show 'changes' "$(changes "$before" "$device")"
     show 'journal' "$(shorten <<<"$journal")"
 }
 
@@ -159,3 +164,5 @@ the_end() {
     fi
     printf '\ndemo: all went as it should\n'
 }
+
+device=$(state)

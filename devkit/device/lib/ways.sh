@@ -46,8 +46,8 @@ enter() {
     local way=$1
     shift
     case $way in
-        root) exec "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside" "$@" ;;
-        userns) exec "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside" "$@" ;;
+        root) exec "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
+        userns) exec "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
         proot) enter_proot "$@" ;;
     esac
 }
@@ -75,10 +75,8 @@ enter_proot() {
         binds+=(-b "$path:$path")
     done
     bind_control_groups
-    # A leak check traces its process, and proot does already.
-    export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0"
-    export PROOT_TMP_DIR=$tree/proot
-    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside" "$@"
+    export DEVICE_TREE=$tree PROOT_TMP_DIR=$tree/proot
+    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
 }
 
 # journald ends when /sys/fs/cgroup is no control group file system. Where the host has none, a

@@ -6,5 +6,6 @@ tell 'Anybody may ask for it, without credentials. The daemon forgets the cloud 
 ask 'unregister' CODE_NOREPLY 'system command failed'
 expect 'the cloud owner' '(none)' "$(boxwelld show | awk '/^cloud owner/ {getline; print $1}')"
 expect 'the owner' alice@home.example "$(sed 's/.*<owner>//; s/<.*//' "$OWNER_FILE")"
-tell "What the device's log file has of it, and what the journal never gets, the lines without an end:"
-run 'tail -n 3 /var/log/shbroker.log'
+tell 'The log file has every statement, also those that the journal never gets: a line without an end.'
+run 'grep -o "[A-Z]*:add_account.cpp:474 .*@example.com" /var/log/shbroker.log'
+expect_text 'the log file' 'username=zoe, syshash=' "$(</var/log/shbroker.log)"

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# inside KEEP... -- COMMAND [ARG...]
+# inside.sh KEEP... -- COMMAND [ARG...]
 # The device's first process, which the launcher starts in its namespaces or under proot: lays the
 # private files over the host's, starts the journal and the management daemon, runs the command and
 # reports its status to the keeper. KEEP: folders of the host that must stay to be seen.
@@ -12,11 +12,15 @@ report() {
     exit "$1"
 }
 
+# Messages go where the caller's do; the shell's own, about processes that were killed, nowhere.
+exec {errors}>&2
+say() { printf 'device: %s\n' "$1" >&"$errors"; }
+
 # fail MESSAGE [LOG]: one line, and the last words of the program that failed.
 fail() {
     trap - ERR
-    printf 'device: %s\n' "$1" >&2
-    [ ! -s "${2-}" ] || tail -n 5 "$2" | sed 's/^/device:   /' >&2
+    say "$1"
+    [ ! -s "${2-}" ] || tail -n 5 "$2" | sed 's/^/device:   /' >&"$errors"
     report 125
 }
 
@@ -82,7 +86,7 @@ start() {
     local name=$1 socket=$2 log=/run/.$1.log end=$((SECONDS + 20))
     shift 2
     (
-        exec {KEEPER_FD}>&-
+        exec {errors}>&- {KEEPER_FD}>&-
         exec setsid "$@"
     ) </dev/null >"$log" 2>&1 &
     started=$!
@@ -117,6 +121,13 @@ stop_daemon() {
     [ "$status" -eq 0 ] || fail "boxwelld ended with status $status" /run/.boxwelld.log
 }
 
+# What programs need that run under proot. A leak check traces its process, as proot does already;
+# and a sanitizer does not want to come second to what is preloaded.
+adapt_to_proot() {
+    export LD_PRELOAD="$DEVICE_BUILD/libproot-sockets.so${LD_PRELOAD:+:$LD_PRELOAD}"
+    export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0:verify_asan_link_order=0"
+}
+
 trap 'fail "the device cannot be made: line $LINENO of $0"' ERR
 directory=$PWD
 while [ "$1" != -- ]; do
@@ -124,7 +135,7 @@ while [ "$1" != -- ]; do
     shift
 done
 shift
-[ "$DEVICE_WAY" = proot ] || lay_tree
+if [ "$DEVICE_WAY" = proot ]; then adapt_to_proot; else lay_tree; fi
 forget_kept
 cd "$directory"
 PATH=$DEVICE_BUILD:$PATH
@@ -135,12 +146,16 @@ start_daemon
 trap : INT
 trap - ERR
 set +e
+exec 2>/dev/null
 (
-    exec {KEEPER_FD}>&-
+    exec 2>&"$errors" {errors}>&- {KEEPER_FD}>&-
     unset DEVICE_HOME DEVICE_BUILD DEVICE_SEED DEVICE_LOG_FILE KEEPER_FD
     exec "$@"
 )
 status=$?
+if [ "$status" -gt 128 ] && signal=$(kill -l "$status") && [ "$signal" != INT ]; then
+    say "the command ended by SIG$signal"
+fi
 set -e
 stop_daemon
 report "$status"
