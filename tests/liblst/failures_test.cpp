@@ -26,7 +26,7 @@ static bool fails(const char* call, int error)
     extern "C" EXPORTED type __wrap_##name parameters;                                                                 \
     type __wrap_##name parameters                                                                                      \
     {                                                                                                                  \
-        return fails(#name, error) ? failure : __real_##name arguments;                                                \
+        return fails(#name, error) ? (failure) : __real_##name arguments;                                              \
     }
 WRAP(void*, malloc, (size_t size), (size), nullptr, ENOMEM)
 WRAP(void*, realloc, (void* old, size_t size), (old, size), nullptr, ENOMEM)
