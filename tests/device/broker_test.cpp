@@ -71,8 +71,7 @@ TEST(Command, Rejected)
 
 TEST(Script, WordsAreSplitAsAShellDoes)
 {
-    const auto script =
-        parse_script("# first\n\n a 'b c' \"\" d\\ e # rest\n  --as x f --log-level 0", "s");
+    const auto script = parse_script("# first\n\n a 'b c' \"\" d\\ e # rest\n  --as x f --log-level 0", "s");
     ASSERT_EQ(script.size(), 2U);
     EXPECT_EQ(script[0].command.words, (Words{"a", "b c", "", "d e"}));
     EXPECT_EQ(script[1].command.words, Words{"f"});
@@ -120,8 +119,7 @@ TEST(Broker, ExitStatusAndOutput)
     for (const auto& c : CASES) {
         const Outcome outcome = broker(c.arguments, c.input);
         EXPECT_EQ(outcome.status, c.status) << c.arguments;
-        EXPECT_NE(outcome.output.find(c.output), std::string::npos) << c.arguments << "\n"
-                                                                    << outcome.output;
+        EXPECT_NE(outcome.output.find(c.output), std::string::npos) << c.arguments << "\n" << outcome.output;
         if (c.status == 2) {
             EXPECT_EQ(outcome.output.find('\n'), outcome.output.size() - 1) << "one line";
         }
@@ -130,8 +128,7 @@ TEST(Broker, ExitStatusAndOutput)
 
 TEST(Broker, Json)
 {
-    const Outcome outcome =
-        broker("script - --json --plugin " TOLD_PLUGIN, "answer 0 x --as bob:p\nanswer 1");
+    const Outcome outcome = broker("script - --json --plugin " TOLD_PLUGIN, "answer 0 x --as bob:p\nanswer 1");
     auto answers = nlohmann::json::parse(outcome.output);
     for (auto& answer : answers) {
         EXPECT_GE(answer.at("milliseconds").get<double>(), 0);

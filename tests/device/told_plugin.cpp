@@ -1,6 +1,6 @@
 /** A plug-in that answers as it is told: operation "answer", parameters CODE and RESPONSE. */
-#include "syscmd/handler.h"
 #include "liblst/export.h"
+#include "syscmd/handler.h"
 
 #include <string>
 
