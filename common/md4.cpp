@@ -77,13 +77,14 @@ const unsigned char* body(MD4_CTX* ctx, const unsigned char* data, std::size_t s
 {
     Chain v = {ctx->a, ctx->b, ctx->c, ctx->d};
     MD4_u32plus* const x = ctx->block;
-    for (const unsigned char* const end = data + size; data != end; data += BLOCK_SIZE) {
+    for (const unsigned char* const end = data + size; data != end;) {
         const Chain saved = v;
 
 #pragma GCC unroll 4
         for (int i = 0; i < 16; i += 4) {
-            for (int k = i; k < i + 4; ++k) {
-                x[k] = load(data + 4 * k);
+            // By words: wider loads would wait for the bytes that were just put into the buffer.
+            for (int k = i; k < i + 4; ++k, data += sizeof *x) {
+                x[k] = load(data);
             }
             steps<Select, 3, 7, 11, 19>(v, x[i], x[i + 1], x[i + 2], x[i + 3]);
         }

@@ -1,5 +1,6 @@
 // A host that has functions of the plug-in's names itself, and in its global scope.
 #include "liblst/export.h"
+#include "tests/plugin/recording_transaction.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <thread>
 
 static int stolen_calls = 0;
+EXPORTED int MAX_LOG_LEVEL = 99;
 
 #define OF_THE_HOST(name)                                                                                              \
     extern "C" EXPORTED void name();                                                                                   \
@@ -41,6 +43,13 @@ TEST(Host, ChangesNothingInThePlugin)
     EXPECT_EQ(std::string(sys).size(), 34U);
     EXPECT_STREQ(appended, "ab");
     EXPECT_EQ(stolen_calls, 0);
+    const int* level = fromPlugin<int>("MAX_LOG_LEVEL");
+    EXPECT_EQ(*level, 3);
+    RecordingTransaction command; // without an operation, which no log is told of at this level
+    command.log_level = 0;
+    fromPlugin<void(ITransaction*)>("execute")(&command);
+    EXPECT_EQ(*level, 0);
+    EXPECT_EQ(MAX_LOG_LEVEL, 99);
     std::free(smb);
     std::free(sys);
     std::free(appended);

@@ -1,4 +1,5 @@
 #include "common/hash.h"
+#include "tests/liblst/support.h"
 
 #include <crypt.h>
 #include <gtest/gtest.h>
@@ -13,13 +14,6 @@
 #include <vector>
 
 namespace {
-
-std::string text(char* string)
-{
-    std::string result = string != nullptr ? string : "(null)";
-    std::free(string);
-    return result;
-}
 
 /** Another library's MD4 over the widened password, its bytes printed as numbers. */
 std::string ntHash(const std::string& password)

@@ -1,12 +1,39 @@
-#include "tests/liblst/faults.h"
+#include "liblst/export.h"
 #include "tests/liblst/support.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <climits>
+#include <cstring>
 #include <functional>
+
+// Calls of the units that fail on order, by the linker's --wrap.
+static thread_local int allocations_left = INT_MAX; // before the one that fails
+static const char* failing_call = nullptr;
+
+static bool fails(const char* call, int error)
+{
+    const bool now =
+        error == ENOMEM ? allocations_left-- == 0 : failing_call != nullptr && std::strcmp(failing_call, call) == 0;
+    errno = now ? error : errno;
+    return now;
+}
+
+#define WRAP(type, name, parameters, arguments, failure, error)                                                        \
+    extern "C" type __real_##name parameters;                                                                          \
+    extern "C" EXPORTED type __wrap_##name parameters;                                                                 \
+    type __wrap_##name parameters                                                                                      \
+    {                                                                                                                  \
+        return fails(#name, error) ? failure : __real_##name arguments;                                                \
+    }
+WRAP(void*, malloc, (size_t size), (size), nullptr, ENOMEM)
+WRAP(void*, realloc, (void* old, size_t size), (old, size), nullptr, ENOMEM)
+WRAP(char*, strdup, (const char* string), (string), nullptr, ENOMEM)
+WRAP(char*, strndup, (const char* string, size_t size), (string, size), nullptr, ENOMEM)
+WRAP(int, close, (int fd), (fd), -1, EIO)
+WRAP(int, lockf64, (int fd, int command, off_t length), (fd, command, length), -1, ENOLCK)
 
 namespace {
 
@@ -118,6 +145,22 @@ TEST(Failures, ExhaustedMemoryLeavesTheListAsItWas)
     char** list = nullptr;
     sweep<Items>(
         [&] { return list = make(false), replaceStrFormat(list, "l", "%d", 1), items(list); }, {"o1d"}, {"old"});
+}
+
+TEST(Failures, OfClosingAndLocking)
+{
+    const TempFile file("content");
+    char nothing = 0;
+    char* content = &nothing;
+    failing_call = "close";
+    EXPECT_EQ(getFileContentFormat(&content, "%s", file.path), -1);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(content, nullptr);
+    failing_call = "lockf64";
+    EXPECT_EQ(lockF(file.path), -1);
+    EXPECT_EQ(errno, ENOLCK);
+    EXPECT_EQ(access(text(String("%s.lock", file.path)).c_str(), F_OK), -1);
+    failing_call = nullptr;
 }
 
 } // namespace

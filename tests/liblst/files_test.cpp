@@ -1,4 +1,3 @@
-#include "tests/liblst/faults.h"
 #include "tests/liblst/support.h"
 
 #include <gtest/gtest.h>
@@ -85,17 +84,6 @@ TEST(Files, ReadingAndWritingGoOnThroughRefusalsAndInterruptions)
     }
 }
 
-TEST(Files, WritesAreAppendedAtThePosition)
-{
-    const TempFile file("1");
-    lseek(file.fd, 0, SEEK_END);
-    EXPECT_EQ(writeToFileFormat(file.fd, "%s=%d", "n", 2), 0);
-    lseek(file.fd, 0, SEEK_SET);
-    EXPECT_EQ(text(ptGetFileContent(file.fd)), "1n=2");
-    EXPECT_EQ(writeToFileFormat(-1, "x"), -1);
-    EXPECT_EQ(errno, EBADF);
-}
-
 TEST(Files, ThatCannotBeReadLeaveTheResultAlone)
 {
     const TempFile empty("");
@@ -111,12 +99,6 @@ TEST(Files, ThatCannotBeReadLeaveTheResultAlone)
         EXPECT_EQ(errno, row.error) << row.path;
         EXPECT_EQ(content, &untouched) << row.path;
     }
-    char* content = &untouched;
-    failing_call = "close";
-    EXPECT_EQ(getFileContentFormat(&content, "/proc/self/status"), -1);
-    failing_call = nullptr;
-    EXPECT_EQ(errno, EIO);
-    EXPECT_EQ(content, nullptr);
 }
 
 TEST(Shell, OutputAndStatus)

@@ -20,27 +20,19 @@ TEST(Lists, PushAppendsCopies)
 
 TEST(Lists, SplitKeepsNonEmptyFields)
 {
-    std::string many;
-    for (int i = 0; i < 1000; ++i) {
-        many += std::to_string(i) + ' ';
-    }
     const struct {
         char splitter;
-        std::string text;
-        std::size_t size;
-        Items fields; /**< if few */
+        const char* text;
+        Items fields;
     } cases[] = {
-        {',', ",a,,b,", 2, {"a", "b"}},
-        {',', ",,", 0, {}},
-        {';', "a,b", 1, {"a,b"}},
-        {'\0', "whole", 1, {"whole"}},
-        {' ', many, 1000, {}},
+        {',', ",a,,b,", {"a", "b"}},
+        {',', ",,", {}},
+        {';', "a,b", {"a,b"}},
+        {'\0', "whole", {"whole"}},
     };
     for (const auto& row : cases) {
         errno = 0;
-        const Items fields = items(lstSplitStr(row.splitter, row.text.c_str()));
-        EXPECT_EQ(fields.size(), row.size);
-        EXPECT_TRUE(fields == row.fields || fields.back() == "999") << row.text;
+        EXPECT_EQ(items(lstSplitStr(row.splitter, row.text)), row.fields) << row.text;
         EXPECT_EQ(errno, 0);
     }
 }
@@ -100,17 +92,6 @@ TEST(Maps, KeysMayRepeat)
     EXPECT_EQ(getMapValue(map, "key"), nullptr);
     EXPECT_EQ(getMapValues(map, "key"), nullptr);
     lstFree(map);
-}
-
-TEST(Collections, OwnWhatTheyCollect)
-{
-    void** collection = nullptr;
-    for (int i = 0; i < 5; ++i) {
-        pCollect(&collection, String("%d", i));
-    }
-    EXPECT_STREQ(static_cast<char*>(collection[4]), "4");
-    EXPECT_EQ(collection[5], nullptr);
-    pClean(collection);
 }
 
 } // namespace
