@@ -46,8 +46,8 @@ enter() {
     local way=$1
     shift
     case $way in
-        root) exec "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside" "$@" ;;
-        userns) exec "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside" "$@" ;;
+        root) exec "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
+        userns) exec "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
         proot) enter_proot "$@" ;;
     esac
 }
@@ -76,7 +76,7 @@ enter_proot() {
     done
     bind_control_groups
     export DEVICE_TREE=$tree PROOT_TMP_DIR=$tree/proot
-    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside" "$@"
+    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
 }
 
 # journald ends when /sys/fs/cgroup is no control group file system. Where the host has none, a

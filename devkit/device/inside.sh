@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# inside KEEP... -- COMMAND [ARG...]
+# inside.sh KEEP... -- COMMAND [ARG...]
 # The device's first process, which the launcher starts in its namespaces or under proot: lays the
 # private files over the host's, starts the journal and the management daemon, runs the command and
 # reports its status to the keeper. KEEP: folders of the host that must stay to be seen.
