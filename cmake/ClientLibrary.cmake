@@ -5,6 +5,10 @@ if(BWDCLIENT_LIBRARY)
 elseif(SYSCMD_DEVKIT)
     # Defined in devkit/bwdclient.
 else()
-    message(FATAL_ERROR
-        "Set BWDCLIENT_LIBRARY to the device's libbwdclient.so, or build with SYSCMD_DEVKIT=ON.")
+    # What the linker has to know of it: the one call. The device's own takes its place there.
+    file(WRITE ${CMAKE_BINARY_DIR}/stand-in/bwdclient.c
+        "int process_request_bwdclient(void);\nint process_request_bwdclient(void) { return -1; }\n")
+    add_library(bwdclient SHARED ${CMAKE_BINARY_DIR}/stand-in/bwdclient.c)
+    set_target_properties(bwdclient PROPERTIES
+        C_VISIBILITY_PRESET default LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/stand-in)
 endif()

@@ -8,14 +8,16 @@
 
 char* ptDecodeBase64(const char* b64str)
 {
-    if (b64str == nullptr)
+    if (b64str == nullptr) {
         return nullptr;
+    }
 
     // Decoded into our own memory: GLib's allocating decoder ends the process when memory runs out.
     const std::size_t length = strlen(b64str);
     auto* decoded = static_cast<char*>(calloc(length / 4 * 3 + 4, 1));
-    if (decoded == nullptr)
+    if (decoded == nullptr) {
         return nullptr;
+    }
 
     gint state = 0;
     guint save = 0;

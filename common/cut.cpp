@@ -14,8 +14,9 @@ std::size_t findMarker(std::string_view text, std::string_view marker, std::size
 std::string_view cut(std::string_view text, std::string_view begin, std::string_view end)
 {
     const std::size_t found = findMarker(text, begin);
-    if (found == std::string_view::npos)
+    if (found == std::string_view::npos) {
         return text.substr(text.size());
+    }
     text.remove_prefix(found + begin.size());
     return text.substr(0, findMarker(text, end));
 }

@@ -35,8 +35,9 @@ int grow(GroupBuffer* buffer)
 {
     const std::size_t size = buffer->size + LOOK_UP_BUFFER_STEP;
     auto* text = static_cast<char*>(realloc(buffer->text, size));
-    if (text == nullptr)
+    if (text == nullptr) {
         return -1;
+    }
     *buffer = {text, size};
     return SUCCESS;
 }
@@ -57,8 +58,9 @@ int findGroup(LookUp look_up, GroupBuffer* buffer, group* entry, group** found)
 {
     int error = 0;
     while ((error = look_up(entry, buffer->text, buffer->size, found)) == ERANGE) {
-        if (grow(buffer) != SUCCESS)
+        if (grow(buffer) != SUCCESS) {
             return -1;
+        }
     }
     return error == 0 ? SUCCESS : -1;
 }
@@ -66,8 +68,9 @@ int findGroup(LookUp look_up, GroupBuffer* buffer, group* entry, group** found)
 bool isListed(const group& entry, const char* name)
 {
     for (char** member = entry.gr_mem; *member != nullptr; ++member) {
-        if (strcmp(*member, name) == 0)
+        if (strcmp(*member, name) == 0) {
             return true;
+        }
     }
     return false;
 }
@@ -78,18 +81,21 @@ bool isMember(const char* name, gid_t primary, const char* group_name)
     const std::size_t size = lookUpBufferSize(_SC_GETGR_R_SIZE_MAX);
     [[gnu::cleanup(releaseGroupBuffer)]] GroupBuffer buffer = {
         static_cast<char*>(malloc(size)), size};
-    if (buffer.text == nullptr)
+    if (buffer.text == nullptr) {
         return false;
+    }
 
     group entry = {};
     group* found = nullptr;
     const auto by_id = [primary](auto... rest) {
         return getgrgid_r(primary, rest...);
     };
-    if (findGroup(by_id, &buffer, &entry, &found) != SUCCESS)
+    if (findGroup(by_id, &buffer, &entry, &found) != SUCCESS) {
         return false;
-    if (found != nullptr && strcmp(found->gr_name, group_name) == 0)
+    }
+    if (found != nullptr && strcmp(found->gr_name, group_name) == 0) {
         return true;
+    }
 
     const auto by_name = [group_name](auto... rest) {
         return getgrnam_r(group_name, rest...);
@@ -102,8 +108,9 @@ bool isMember(const char* name, gid_t primary, const char* group_name)
 
 int isOwner(const char* user)
 {
-    if (user == nullptr)
+    if (user == nullptr) {
         return 0;
+    }
 
     AUTO_FREE char* file = nullptr;
     if (getFileContentFormat(&file, "%s", OWNER_FILE) != SUCCESS) {
@@ -118,34 +125,41 @@ int isOwner(const char* user)
 
 int isUserInGroup(const char* user, const char* group)
 {
-    if (user == nullptr || group == nullptr)
+    if (user == nullptr || group == nullptr) {
         return 0;
+    }
 
     AUTO_FREE char* name = nullptr;
-    if (isLocked(user, &name) != 0)
+    if (isLocked(user, &name) != 0) {
         return 0;
+    }
     UserNumbers numbers = {};
-    if (findUser(name, &numbers) != SUCCESS)
+    if (findUser(name, &numbers) != SUCCESS) {
         return 0;
+    }
     return isMember(name, numbers.group, group);
 }
 
 int isLocked(const char* user, char** name)
 {
-    if (user == nullptr || name == nullptr)
+    if (user == nullptr || name == nullptr) {
         return 1;
+    }
 
     AUTO_FREE char* request = String(LOCK_QUERY_TEXT, user);
-    if (request == nullptr)
+    if (request == nullptr) {
         return 1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (deliver(&reply, request) != Delivery::Answered)
+    if (deliver(&reply, request) != Delivery::Answered) {
         return 1;
+    }
 
     AUTO_FREE char* flag = nullptr;
     if (CutStr(&flag, reply, "<IsLocked>", "</IsLocked>") != SUCCESS ||
-        CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS)
+        CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS) {
         return 1;
+    }
     // Not narrowed: a flag whose low 32 bits are zero is a locked one too.
     return strtol(flag, nullptr, 10) != 0;
 }

@@ -81,8 +81,9 @@ void sendToJournal(const Statement& statement, char* message)
     while (char* separator = strpbrk(piece, "\r\n")) {
         const char kept = *separator;
         *separator = '\0';
-        if (*piece != '\0')
+        if (*piece != '\0') {
             sendEntry(statement, piece);
+        }
         *separator = kept;
         piece = separator + 1;
     }
@@ -92,14 +93,16 @@ void appendToFile(const Statement& statement, char* message)
 {
     // Without O_CREAT: the plug-in never creates the file, even if it vanished just now.
     AUTO_CLOSE_FD const int file = open(LOG_FILE, O_WRONLY | O_APPEND | O_CLOEXEC);
-    if (file < 0)
+    if (file < 0) {
         return;
+    }
 
     char timestamp[256] = "";
     const time_t now = time(nullptr);
     tm local = {};
-    if (localtime_r(&now, &local) != nullptr)
+    if (localtime_r(&now, &local) != nullptr) {
         strftime(timestamp, sizeof timestamp, "%b %e %Y %H:%M:%S", &local);
+    }
 
     const char* text = putBefore(
         message, "%s %s:%s:%d ", timestamp, nameOf(statement.level), statement.file, statement.line
@@ -107,10 +110,12 @@ void appendToFile(const Statement& statement, char* message)
     std::size_t left = strlen(text);
     while (left > 0) {
         const ssize_t written = write(file, text, left);
-        if (written < 0 && errno == EINTR)
+        if (written < 0 && errno == EINTR) {
             continue;
-        if (written <= 0)
+        }
+        if (written <= 0) {
             return;
+        }
         text += written;
         left -= static_cast<std::size_t>(written);
     }
@@ -134,8 +139,9 @@ formatMessage(SmallBuffer& small, char** large, const char* format, va_list argu
         const std::size_t size = static_cast<std::size_t>(length) + 1;
         *large = static_cast<char*>(malloc(PREFIX_ROOM + size));
         message = *large == nullptr ? nullptr : *large + PREFIX_ROOM;
-        if (message != nullptr)
+        if (message != nullptr) {
             vsnprintf(message, size, format, again);
+        }
     }
     va_end(again);
     return message;
@@ -151,8 +157,9 @@ void logStatement(
     const bool to_journal = static_cast<int>(level) <= MAX_LOG_LEVEL;
     const bool to_file = access(LOG_FILE, F_OK) == 0;
     errno = caller_errno;
-    if (!to_journal && !to_file)
+    if (!to_journal && !to_file) {
         return;
+    }
 
     SmallBuffer small;
     AUTO_FREE char* large = nullptr;
@@ -162,10 +169,12 @@ void logStatement(
     va_end(arguments);
     if (message != nullptr) {
         const Statement statement = {level, file, line, function};
-        if (to_journal)
+        if (to_journal) {
             sendToJournal(statement, message);
-        if (to_file)
+        }
+        if (to_file) {
             appendToFile(statement, message);
+        }
     }
     errno = caller_errno;
 }

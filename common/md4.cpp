@@ -13,6 +13,12 @@ namespace {
 constexpr std::size_t BLOCK_SIZE = sizeof MD4_CTX::buffer;
 constexpr std::size_t LENGTH_OFFSET = BLOCK_SIZE - 8; // of the message's length in bits
 constexpr int LOW_COUNT_BITS = 29;
+// Rounds are four alike passes: a loop where size counts, else written out.
+#ifdef __OPTIMIZE_SIZE__
+constexpr int UNROLLED = 1;
+#else
+constexpr int UNROLLED = 4;
+#endif
 
 // What rounds 2 and 3 add: the square roots of 2 and 3 (RFC 1320, A.3).
 constexpr MD4_u32plus SQRT_2 = 0x5a827999;
@@ -80,7 +86,7 @@ const unsigned char* body(MD4_CTX* ctx, const unsigned char* data, std::size_t s
     for (const unsigned char* const end = data + size; data != end;) {
         const Chain saved = v;
 
-#pragma GCC unroll 4
+#pragma GCC unroll UNROLLED
         for (int i = 0; i < 16; i += 4) {
             // By words: wider loads would wait for the bytes that were just put into the buffer.
             for (int k = i; k < i + 4; ++k, data += sizeof *x) {
@@ -88,11 +94,11 @@ const unsigned char* body(MD4_CTX* ctx, const unsigned char* data, std::size_t s
             }
             steps<Select, 3, 7, 11, 19>(v, x[i], x[i + 1], x[i + 2], x[i + 3]);
         }
-#pragma GCC unroll 4
+#pragma GCC unroll UNROLLED
         for (int i = 0; i < 4; ++i) {
             steps<Majority, 3, 5, 9, 13>(v, x[i], x[i + 4], x[i + 8], x[i + 12]);
         }
-#pragma GCC unroll 4
+#pragma GCC unroll UNROLLED
         for (int i = 0; i < 4; ++i) {
             const int k = (i & 1) << 1 | i >> 1; // 0, 2, 1, 3
             steps<Parity, 3, 9, 11, 15>(v, x[k], x[k + 8], x[k + 4], x[k + 12]);

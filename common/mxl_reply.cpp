@@ -4,8 +4,9 @@
 
 int CutStr(char** result, const char* string, const char* begin, const char* end)
 {
-    if (result == nullptr || string == nullptr || begin == nullptr || end == nullptr)
+    if (result == nullptr || string == nullptr || begin == nullptr || end == nullptr) {
         return -1;
+    }
     return giveCopy(result, cut(string, begin, end));
 }
 

@@ -9,8 +9,9 @@ Delivery deliver(char** reply, const char* request)
 {
     *reply = nullptr;
     const std::size_t length = strlen(request);
-    if (length > INT_MAX)
+    if (length > INT_MAX) {
         return Delivery::Failed;
+    }
 
     int reply_length = 0;
     // The library takes the request as char* but only reads it.

@@ -11,8 +11,9 @@
 inline int giveCopy(char** out, std::string_view text)
 {
     char* copy = strndup(text.data(), text.size());
-    if (copy == nullptr)
+    if (copy == nullptr) {
         return -1;
+    }
     *out = copy;
     return SUCCESS;
 }

@@ -48,8 +48,9 @@ bool appendDevice(std::string& text)
     };
     std::string value;
     for (const auto& [name, key] : ELEMENTS) {
-        if (!readBoxwellInfoValue(key, value))
+        if (!readBoxwellInfoValue(key, value)) {
             return false;
+        }
         appendElement(text, name, value);
     }
     return true;
@@ -60,13 +61,15 @@ bool appendDevice(std::string& text)
 bool readBoxwellInfoValue(const std::string& key, std::string& value)
 {
     char line[1024];
-    if (!readCommandLine(line, sizeof line, "boxwellinfo %s", key.c_str()))
+    if (!readCommandLine(line, sizeof line, "boxwellinfo %s", key.c_str())) {
         return false;
+    }
 
     std::string_view text = line;
     text = text.substr(0, text.find_last_not_of("\r\n") + 1);
-    if (text.empty() || text.find("ERROR:") != text.npos || text.find("error:") != text.npos)
+    if (text.empty() || text.find("ERROR:") != text.npos || text.find("error:") != text.npos) {
         return false;
+    }
     value = text;
     return true;
 }
@@ -76,13 +79,15 @@ bool readXid(std::string& xid)
     char line[256];
     if (!readCommandLine(
             line, sizeof line, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
-        ))
+        )) {
         return false;
+    }
 
     // The id ends at the first blank or line end, wherever it stands.
     line[strcspn(line, " \r\n")] = '\0';
-    if (line[0] == '\0')
+    if (line[0] == '\0') {
         return false;
+    }
     xid = line;
     return true;
 }
@@ -94,8 +99,9 @@ int createOwnerFile(
     // Opened, and so emptied, before anything is known: an owner file that cannot be completed is
     // deleted rather than left with the former owner.
     AUTO_CLOSE_FILE FILE* file = fopen(path, "we");
-    if (file == nullptr)
+    if (file == nullptr) {
         return -1;
+    }
 
     std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration>";
     appendElement(text, "owner", sso_username);
@@ -104,10 +110,12 @@ int createOwnerFile(
         return -3;
     }
     std::string xid;
-    if (use_linkhub && readXid(xid))
+    if (use_linkhub && readXid(xid)) {
         appendElement(text, "link_agent_id", xid);
-    if (p2p_username != nullptr)
+    }
+    if (p2p_username != nullptr) {
         appendElement(text, "p2powner", p2p_username);
+    }
     text += "</registration>";
     return fputs(text.c_str(), file) < 0 ? -4 : SUCCESS;
 }

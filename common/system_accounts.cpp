@@ -17,13 +17,15 @@ int findUser(const char* name, UserNumbers* numbers)
 {
     const std::size_t size = lookUpBufferSize(_SC_GETPW_R_SIZE_MAX);
     AUTO_FREE auto* buffer = static_cast<char*>(malloc(size));
-    if (buffer == nullptr)
+    if (buffer == nullptr) {
         return -1;
+    }
 
     passwd entry = {};
     passwd* found = nullptr;
-    if (getpwnam_r(name, &entry, buffer, size, &found) != 0 || found == nullptr)
+    if (getpwnam_r(name, &entry, buffer, size, &found) != 0 || found == nullptr) {
         return -1;
+    }
     *numbers = {entry.pw_uid, entry.pw_gid};
     return SUCCESS;
 }

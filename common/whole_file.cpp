@@ -16,14 +16,17 @@ char* aGetFile(const char* format, ...)
 {
     AUTO_FREE char* path = nullptr;
     FORMAT_ARGUMENTS(path, format);
-    if (path == nullptr)
+    if (path == nullptr) {
         return nullptr;
+    }
 
     const int file = open(path, O_RDONLY | O_CLOEXEC);
-    if (file == -1)
+    if (file == -1) {
         return nullptr;
+    }
     AUTO_FREE char* content = aGetFileContent(file);
-    if (close(file) != SUCCESS)
+    if (close(file) != SUCCESS) {
         return nullptr;
+    }
     return take(content);
 }

@@ -34,14 +34,16 @@ int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_ow
         return -2;
     }
     const Operation* known = findOperation(operation);
-    if (known == nullptr || known->requester == Requester::Anyone)
+    if (known == nullptr || known->requester == Requester::Anyone) {
         return SUCCESS;
+    }
 
     std::string credentials;
     pTx->getAuthInfo(credentials); // none are an empty text
     AUTO_FREE char* decoded = ptDecodeBase64(credentials.c_str());
-    if (decoded != nullptr)
+    if (decoded != nullptr) {
         cutLogin(decoded);
+    }
     identify(decoded, is_owner, is_sh);
 
     const char* login = decoded == nullptr ? "" : decoded;
@@ -50,8 +52,9 @@ int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_ow
         "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n", login,
         is_owner, is_sh
     );
-    if (is_owner != 0 || is_sh != 0)
+    if (is_owner != 0 || is_sh != 0) {
         return SUCCESS;
+    }
 
     LOG_AT(
         1282, Error,

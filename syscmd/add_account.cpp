@@ -28,10 +28,11 @@ constexpr PasswordPair PLACEHOLDER = {
 
 void reportRefusal(const char* detail)
 {
-    if (strstr(detail, "already exists") != nullptr)
+    if (strstr(detail, "already exists") != nullptr) {
         LOG_IN(WORDS.function, 498, Error, "ERROR [syscmd:AddUser]: user already exists\n");
-    else
+    } else {
         LOG_IN(WORDS.function, 502, Error, "ERROR [syscmd:AddUser]: AddUser failed\n");
+    }
     LOG_IN(WORDS.function, 504, Error, "ERROR [syscmd:AddUser]: MXL error %s", detail);
 }
 
@@ -64,11 +65,13 @@ int AddUser(
     if (formatRequest(
             &request, WORDS, ADD_USER_TEXT, resource_type, username, hashes.smb, hashes.system,
             SKYHOLD_GROUP, email
-        ) != SUCCESS)
+        ) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, WORDS, reply)) {
     case Outcome::Done:

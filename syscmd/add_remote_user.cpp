@@ -29,20 +29,23 @@ int AddNetwork(const char* username, const char* full_name)
         return -1;
     }
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, ADD_NET_TEXT, full_name, username) != SUCCESS)
+    if (formatRequest(&request, WORDS, ADD_NET_TEXT, full_name, username) != SUCCESS) {
         return -1;
+    }
     LOG_AT(285, Debug, "syscmd:request=%s\n", request);
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
         return -1;
+    }
     LOG_AT(288, Debug, "syscmd:respond=%s\n", reply);
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, WORDS, reply)) {
     case Outcome::Done:
         return SUCCESS;
     case Outcome::Refused:
-        if (strstr(detail, "User already present") != nullptr)
+        if (strstr(detail, "User already present") != nullptr) {
             return SUCCESS; // asking twice is no failure
+        }
         LOG_AT(307, Error, "ERROR [syscmd:AddNetwork]: AddNetwork failed\n");
         break;
     case Outcome::Failed:

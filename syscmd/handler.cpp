@@ -57,8 +57,9 @@ void answerException(ITransaction* pTx, bool answered) noexcept
 {
     try {
         pTx->setCode(CODE_FAILED);
-        if (!answered)
+        if (!answered) {
             pTx->addResponseParam(FAILED_TEXT);
+        }
     } catch (...) {
         LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
     }
@@ -68,8 +69,9 @@ void answerException(ITransaction* pTx, bool answered) noexcept
 
 extern "C" void execute(ITransaction* pTx)
 {
-    if (pTx == nullptr)
+    if (pTx == nullptr) {
         return;
+    }
 
     bool answered = false;
     try {

@@ -33,8 +33,9 @@ void raiseEvent(const char* username, const char* new_username, const char* clou
 char* derivedName(const char* username)
 {
     AUTO_FREE char* suffix = nullptr;
-    if (generateHashString(&suffix, SUFFIX_LENGTH) != SUCCESS)
+    if (generateHashString(&suffix, SUFFIX_LENGTH) != SUCCESS) {
         return nullptr;
+    }
     return String("%.*s%s", KEPT_LENGTH, username, suffix);
 }
 
@@ -54,8 +55,9 @@ int renameLocalUserIfExists(const char* username, const char* clouduser)
     AUTO_FREE char* id = nullptr;
     AUTO_FREE char* group = nullptr;
     AUTO_FREE char* email = nullptr;
-    if (GetUserData(&id, &group, &email, username) != SUCCESS || *id == '\0')
+    if (GetUserData(&id, &group, &email, username) != SUCCESS || *id == '\0') {
         return SUCCESS; // nobody of that name, as far as can be told
+    }
 
     AUTO_FREE char* new_username = derivedName(username);
     if (new_username == nullptr) {
@@ -66,9 +68,10 @@ int renameLocalUserIfExists(const char* username, const char* clouduser)
         return -2;
     }
     const int code = UpdateUser(id, new_username, nullptr, nullptr, email, nullptr);
-    if (code != SUCCESS)
+    if (code != SUCCESS) {
         LOG(Error, "ERROR [syscmd:renameLocalUserIfExists]: UpdateUser %s failed with code=%d\n",
             username, code);
+    }
     raiseEvent(username, new_username, clouduser); // after a refusal too
     return code == SUCCESS ? SUCCESS : -3;
 }
@@ -82,13 +85,16 @@ int resolveLocalUserConflicts(
         return -1;
     }
     const bool renamed = !same(username, new_username);
-    if (p2pusername != nullptr && same(p2pusername, new_username))
+    if (p2pusername != nullptr && same(p2pusername, new_username)) {
         return SUCCESS; // an account of either name is the user's own
+    }
 
     int result = SUCCESS;
-    if (renamed)
+    if (renamed) {
         result = renameLocalUserIfExists(new_username, new_username);
-    if (p2pusername != nullptr)
+    }
+    if (p2pusername != nullptr) {
         result = renameLocalUserIfExists(p2pusername, new_username);
+    }
     return result;
 }

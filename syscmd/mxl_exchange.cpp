@@ -21,8 +21,9 @@ int formatRequest(char** request, const ExchangeWords& words, const char* format
 {
     char* text = nullptr;
     FORMAT_ARGUMENTS(text, format);
-    if (text == nullptr)
+    if (text == nullptr) {
         return fail(words, words.unformatted);
+    }
     *request = text;
     return SUCCESS;
 }
@@ -47,8 +48,9 @@ Outcome readOutcome(char** detail, const ExchangeWords& words, const char* reply
         fail(words, words.unread);
         return Outcome::Failed;
     }
-    if (strcmp(status, "success") == 0)
+    if (strcmp(status, "success") == 0) {
         return Outcome::Done;
+    }
     if (GetMXLErrorDetail(detail, reply) != SUCCESS) {
         fail(words, words.undetailed);
         return Outcome::Failed;

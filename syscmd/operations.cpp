@@ -27,8 +27,9 @@ constexpr Operation OPERATIONS[] = {
 const Operation* findOperation(const std::string& name)
 {
     for (const Operation& operation : OPERATIONS) {
-        if (name == operation.name)
+        if (name == operation.name) {
             return &operation;
+        }
     }
     return nullptr;
 }

@@ -27,11 +27,13 @@ int Unregister()
     LOG_AT(1190, Debug, "DEBUG:%s:%d Unregister\n", __FILE_NAME__, 1190);
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, UNREGISTER_USER_TEXT) != SUCCESS)
+    if (formatRequest(&request, WORDS, UNREGISTER_USER_TEXT) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, WORDS, reply)) {
     case Outcome::Done:

@@ -40,8 +40,9 @@ bool isEmpty(const char* text)
 /** The answer for an account that nobody knows. */
 int unknownAccount(const char* username, const char* p2pusername, const char* group)
 {
-    if (!isEmpty(group) || strchr(username, '@') == nullptr)
+    if (!isEmpty(group) || strchr(username, '@') == nullptr) {
         return SUCCESS;
+    }
     DelNetwork(p2pusername);
     return -1;
 }
@@ -55,11 +56,13 @@ int DelNetwork(const char* username)
         return -1;
     }
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, NETWORK_WORDS, DEL_NET_TEXT, username) != SUCCESS)
+    if (formatRequest(&request, NETWORK_WORDS, DEL_NET_TEXT, username) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, NETWORK_WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, NETWORK_WORDS, request) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, NETWORK_WORDS, reply)) {
     case Outcome::Done:
@@ -89,19 +92,23 @@ int DelUser(const char* username, const char* p2pusername, int force)
     }
     if (isEmpty(id)) {
         AUTO_FREE char* system_id = nullptr;
-        if (GetUserIDByUsername(&system_id, username) != SUCCESS)
+        if (GetUserIDByUsername(&system_id, username) != SUCCESS) {
             return unknownAccount(username, p2pusername, group);
+        }
         std::swap(id, system_id);
     }
-    if (force == CLOUD_ACCOUNTS_ONLY && strcmp(group, SKYHOLD_GROUP) != 0)
+    if (force == CLOUD_ACCOUNTS_ONLY && strcmp(group, SKYHOLD_GROUP) != 0) {
         return SUCCESS;
+    }
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, USER_WORDS, DELETE_USER_TEXT, id) != SUCCESS)
+    if (formatRequest(&request, USER_WORDS, DELETE_USER_TEXT, id) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, USER_WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, USER_WORDS, request) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, USER_WORDS, reply)) {
     case Outcome::Done:

@@ -35,8 +35,9 @@ int giveData(const UserData& out, const UserRecord& record)
     AUTO_FREE char* group = nullptr;
     AUTO_FREE char* email = nullptr;
     if (giveCopy(&id, record.id) != SUCCESS || giveCopy(&group, record.group) != SUCCESS ||
-        giveCopy(&email, record.email) != SUCCESS)
+        giveCopy(&email, record.email) != SUCCESS) {
         return -1;
+    }
     give(out.id, id);
     give(out.group, group);
     give(out.email, email);
@@ -59,8 +60,9 @@ int findMatch(const UserData& out, const char* username, const char* request, co
     while (nextRecord(&records, &record)) {
         empty = false;
         if (matches(record, username)) {
-            if (giveData(out, record) == SUCCESS)
+            if (giveData(out, record) == SUCCESS) {
                 return SUCCESS;
+            }
             LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:GetUserData]: CutStr failed\n");
             damaged = true;
             continue;
@@ -78,8 +80,9 @@ int findMatch(const UserData& out, const char* username, const char* request, co
             __LINE__, reply
         );
     }
-    if (empty || damaged)
+    if (empty || damaged) {
         return -1;
+    }
 
     // Callers tell "no such user" by the empty id; group and e-mail are the last record's.
     record.id = "";
@@ -95,8 +98,9 @@ int findMatch(const UserData& out, const char* username, const char* request, co
 int getUserIDByName(const char* user, uid_t* uid)
 {
     UserNumbers numbers = {};
-    if (user == nullptr || uid == nullptr || findUser(user, &numbers) != SUCCESS)
+    if (user == nullptr || uid == nullptr || findUser(user, &numbers) != SUCCESS) {
         return -1;
+    }
     *uid = numbers.user;
     return SUCCESS;
 }
@@ -108,11 +112,13 @@ int GetUserIDByUsername(char** user_id, const char* username)
         return -1;
     }
     uid_t uid = 0;
-    if (getUserIDByName(username, &uid) != SUCCESS)
+    if (getUserIDByName(username, &uid) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* text = String("%d", static_cast<int>(uid));
-    if (text == nullptr)
+    if (text == nullptr) {
         return -1;
+    }
     give(user_id, text);
     return SUCCESS;
 }
@@ -127,11 +133,13 @@ int GetUserData(char** user_id, char** user_group, char** user_email, const char
     LOG(Debug, "syscmd:GetID: username=%s\n", username);
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, GET_USER_DATA_TEXT, "", username, "") != SUCCESS)
+    if (formatRequest(&request, WORDS, GET_USER_DATA_TEXT, "", username, "") != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
         return -1;
+    }
     AUTO_FREE char* detail = nullptr;
     switch (readOutcome(&detail, WORDS, reply)) {
     case Outcome::Done:

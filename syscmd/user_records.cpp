@@ -17,8 +17,9 @@ std::size_t find(MarkerPosition* position, std::string_view text, std::size_t fr
 std::string_view read(FieldPosition* field, std::string_view reply, std::size_t record)
 {
     const std::size_t begin = find(&field->begin, reply, record);
-    if (begin == std::string_view::npos)
+    if (begin == std::string_view::npos) {
         return "";
+    }
     const std::size_t value = begin + field->begin.marker.size();
     return reply.substr(value, find(&field->end, reply, value) - value);
 }
@@ -29,11 +30,13 @@ bool nextRecord(UserRecords* records, UserRecord* record)
 {
     // A record begins behind the first byte of the reply, or of the record before it.
     const std::size_t from = records->cursor + 1;
-    if (from >= records->reply.size())
+    if (from >= records->reply.size()) {
         return false;
+    }
     const std::size_t start = find(&records->start, records->reply, from);
-    if (start == std::string_view::npos)
+    if (start == std::string_view::npos) {
         return false;
+    }
 
     records->cursor = start;
     record->id = read(&records->id, records->reply, start);

@@ -25,8 +25,9 @@ constexpr ExchangeWords WORDS = {
 char* authority()
 {
     char* owner = GetSSOOwner();
-    if (owner != nullptr && strlen(owner) > MAX_USERNAME_LENGTH)
+    if (owner != nullptr && strlen(owner) > MAX_USERNAME_LENGTH) {
         owner[MAX_USERNAME_LENGTH] = '\0';
+    }
     return owner;
 }
 
@@ -100,8 +101,9 @@ int formatWithoutHashes(char** request, const Change& to)
 /** Decodes the hashes, if any, and formats the request; says what is wrong with a pair. */
 int formatUpdate(char** request, const Change& to, const char* password_hash)
 {
-    if (password_hash == nullptr)
+    if (password_hash == nullptr) {
         return formatWithoutHashes(request, to);
+    }
 
     AUTO_FREE char* decoded = nullptr;
     PasswordPair hashes = {};
@@ -120,10 +122,11 @@ int formatUpdate(char** request, const Change& to, const char* password_hash)
 void reportRefusal(const char* detail)
 {
     // A name clash reads like any other refusal; support staff tell them apart by the line.
-    if (strstr(detail, "already exists") != nullptr)
+    if (strstr(detail, "already exists") != nullptr) {
         LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:UpdateUser]: Update failed\n");
-    else
+    } else {
         LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:UpdateUser]: Update failed\n");
+    }
     LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:UpdateUser]: MXL error %s", detail);
 }
 
@@ -149,13 +152,15 @@ int UpdateUser(
     }
     AUTO_FREE char* request = nullptr;
     const Change to = {owner, user_id, username, group, email, p2pusername};
-    if (formatUpdate(&request, to, password_hash) != SUCCESS)
+    if (formatUpdate(&request, to, password_hash) != SUCCESS) {
         return -1;
+    }
 
     LOG(Debug, "syscmd:request=%s\n", request);
     AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS)
+    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
         return -1;
+    }
     LOG(Debug, "syscmd:respond=%s\n", reply);
 
     AUTO_FREE char* detail = nullptr;

@@ -20,21 +20,26 @@ bool has_control_character(const std::string& text)
 
 void check_text(const std::string& what, const std::string& text)
 {
-    if (has_control_character(text))
+    if (has_control_character(text)) {
         throw Refusal(what + " holds a control character");
-    if (text.find(CDATA_END) != std::string::npos)
+    }
+    if (text.find(CDATA_END) != std::string::npos) {
         throw Refusal(what + " holds the end of a CDATA section");
+    }
 }
 
 void check_name(const std::string& kind, const std::string& name)
 {
     check_text(kind + " name", name);
-    if (name.empty())
+    if (name.empty()) {
         throw Refusal("Invalid " + kind + " name: it is empty");
-    if (name.size() > MAX_USERNAME_LENGTH)
+    }
+    if (name.size() > MAX_USERNAME_LENGTH) {
         throw Refusal("Invalid " + kind + " name: " + name + " is longer than 31 bytes");
+    }
     // ':' ends a field, ',' a member; '#', '+', '-' and a blank in front mean something else.
     if (name.find_first_of(":/,") != std::string::npos ||
-        std::string("#+- ").find(name.front()) != std::string::npos)
+        std::string("#+- ").find(name.front()) != std::string::npos) {
         throw Refusal("Invalid " + kind + " name: " + name);
+    }
 }

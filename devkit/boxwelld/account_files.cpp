@@ -22,8 +22,9 @@ Others split(std::string text)
 {
     const std::size_t begin = text.find(BEGIN);
     if (begin == std::string::npos) {
-        if (!text.empty() && text.back() != '\n')
+        if (!text.empty() && text.back() != '\n') {
             text += '\n';
+        }
         const std::size_t end = text.size();
         return {std::move(text), end};
     }
@@ -43,12 +44,14 @@ bool is_member(const Account& account, const Group& group)
 std::string passwd_lines(const std::vector<Account>& accounts, const std::vector<Group>& groups)
 {
     std::map<std::string, std::int64_t> ids;
-    for (const Group& group : groups)
+    for (const Group& group : groups) {
         ids[group.name] = group.id;
+    }
     std::string lines;
-    for (const Account& account : accounts)
+    for (const Account& account : accounts) {
         lines += account.name + ":x:" + std::to_string(account.id) + ':' +
                  std::to_string(ids[account.group]) + "::/home/" + account.name + ":/bin/false\n";
+    }
     return lines;
 }
 
@@ -57,9 +60,11 @@ std::string group_lines(const std::vector<Account>& accounts, const std::vector<
     std::string lines;
     for (const Group& group : groups) {
         std::string members;
-        for (const Account& account : accounts)
-            if (is_member(account, group))
+        for (const Account& account : accounts) {
+            if (is_member(account, group)) {
                 members += (members.empty() ? "" : ",") + account.name;
+            }
+        }
         lines += group.name + ":x:" + std::to_string(group.id) + ':' + members + '\n';
     }
     return lines;
@@ -70,10 +75,12 @@ void rewrite_section(const std::string& path, std::string_view lines)
     const Fd file = open_file(path, O_RDWR);
     const std::string before = read_all(file, path);
     Others others = split(before);
-    if (!lines.empty())
+    if (!lines.empty()) {
         others.text.insert(others.section, std::string(BEGIN).append(lines).append(END));
-    if (others.text != before)
+    }
+    if (others.text != before) {
         overwrite(file, path, others.text);
+    }
 }
 
 bool is_taken(const std::string& path, const std::string& name)

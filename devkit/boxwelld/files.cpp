@@ -10,8 +10,9 @@
 
 Fd::~Fd()
 {
-    if (fd_ >= 0)
+    if (fd_ >= 0) {
         close(fd_);
+    }
 }
 
 void throw_errno(const std::string& what)
@@ -22,8 +23,9 @@ void throw_errno(const std::string& what)
 Fd open_file(const std::string& path, int flags)
 {
     Fd file(open(path.c_str(), flags | O_CLOEXEC, 0644));
-    if (file.get() < 0)
+    if (file.get() < 0) {
         throw_errno(path);
+    }
     return file;
 }
 
@@ -33,20 +35,24 @@ std::string read_all(const Fd& file, const std::string& path)
     std::array<char, 65536> chunk{};
     for (;;) {
         const ssize_t got = read(file.get(), chunk.data(), chunk.size());
-        if (got < 0 && errno == EINTR)
+        if (got < 0 && errno == EINTR) {
             continue;
-        if (got < 0)
+        }
+        if (got < 0) {
             throw_errno(path);
-        if (got == 0)
+        }
+        if (got == 0) {
             return text;
+        }
         text.append(chunk.data(), static_cast<std::size_t>(got));
     }
 }
 
 std::string read_text(const std::string& path)
 {
-    if (path == "-")
+    if (path == "-") {
         return read_all(Fd(dup(STDIN_FILENO)), "standard input");
+    }
     return read_all(open_file(path, O_RDONLY), path);
 }
 
@@ -56,12 +62,14 @@ void overwrite(const Fd& file, const std::string& path, std::string_view text)
     while (done < text.size()) {
         const ssize_t written =
             pwrite(file.get(), text.data() + done, text.size() - done, static_cast<off_t>(done));
-        if (written < 0 && errno != EINTR)
+        if (written < 0 && errno != EINTR) {
             throw_errno(path);
+        }
         done += written < 0 ? 0 : static_cast<std::size_t>(written);
     }
-    if (ftruncate(file.get(), static_cast<off_t>(text.size())) != 0)
+    if (ftruncate(file.get(), static_cast<off_t>(text.size())) != 0) {
         throw_errno(path);
+    }
 }
 
 std::string one_line(std::string text)
@@ -69,7 +77,8 @@ std::string one_line(std::string text)
     std::replace_if(
         text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' '
     );
-    while (!text.empty() && text.back() == ' ')
+    while (!text.empty() && text.back() == ' ') {
         text.pop_back();
+    }
     return text;
 }

@@ -35,15 +35,18 @@ void print(const std::string& text)
 void check_order(Order& order, bool has_text)
 {
     const bool wants_text = order.kind == "refuse" || order.kind == "reply" || order.kind == "cut";
-    if (has_text != wants_text)
+    if (has_text != wants_text) {
         throw CLI::ValidationError(
             "order " + order.kind, wants_text ? "needs a TEXT" : "takes no TEXT"
         );
+    }
     if (order.kind == "cut" && (order.text.empty() || order.text.size() > 9 ||
-                                order.text.find_first_not_of("0123456789") != std::string::npos))
+                                order.text.find_first_not_of("0123456789") != std::string::npos)) {
         throw CLI::ValidationError("order cut", "needs a number of bytes");
-    if (order.kind == "reply" && order.text.starts_with('@'))
+    }
+    if (order.kind == "reply" && order.text.starts_with('@')) {
         order.text = read_text(order.text.substr(1));
+    }
 }
 
 void add_state_commands(CLI::App& app, Options& options)
@@ -94,10 +97,11 @@ void add_order_command(CLI::App& app, Options& options)
     command->callback([&options, text] {
         check_order(options.order, text->count() > 0);
         Store store(options.paths);
-        if (options.order.kind == "clear")
+        if (options.order.kind == "clear") {
             clear_orders(store);
-        else
+        } else {
             place_order(store, options.order, options.skip, options.count);
+        }
     });
 }
 
@@ -139,8 +143,9 @@ int run(int argc, char** argv)
         app.parse(argc, argv);
         return 0;
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0)
+        if (error.get_exit_code() == 0) {
             return app.exit(error);
+        }
         problem = error.what();
     } catch (const std::exception& error) {
         status = EXIT_FAILED;

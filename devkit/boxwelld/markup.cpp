@@ -12,8 +12,9 @@ constexpr std::string_view CDATA = "<![CDATA[";
 std::size_t end_of_piece(std::string_view text, std::size_t at)
 {
     const std::string_view rest = text.substr(at);
-    if (!rest.starts_with('<'))
+    if (!rest.starts_with('<')) {
         return std::min(text.find('<', at), text.size());
+    }
     const std::string_view mark = rest.starts_with(CDATA) ? "]]>" : ">";
     const std::size_t end = text.find(mark, at);
     return end == std::string_view::npos ? text.size() : end + mark.size();
@@ -31,17 +32,21 @@ std::string broken_at_tags(const std::string& text)
         const std::string piece = one_line(text.substr(at, end - at));
         const bool tag = piece.starts_with('<') && !piece.starts_with(CDATA);
         const bool closing = piece.starts_with("</");
-        if (closing && depth > 0)
+        if (closing && depth > 0) {
             --depth;
-        if (tag && (!closing || nested) && !lines.empty())
+        }
+        if (tag && (!closing || nested) && !lines.empty()) {
             lines += '\n' + std::string(2 * depth, ' ');
+        }
         lines += piece;
-        if (!tag)
+        if (!tag) {
             continue;
+        }
         const bool whole = piece.ends_with("/>") || piece.ends_with("?>");
         nested = closing || whole;
-        if (!nested)
+        if (!nested) {
             ++depth;
+        }
     }
     return lines + '\n';
 }

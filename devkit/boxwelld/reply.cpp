@@ -36,8 +36,9 @@ std::string response(const Envelope& envelope, const char* status, const std::st
 /** A text that one CDATA section can hold. */
 std::string fit_for_cdata(std::string text)
 {
-    for (std::size_t at = 0; (at = text.find("]]>", at)) != std::string::npos; at += 2)
+    for (std::size_t at = 0; (at = text.find("]]>", at)) != std::string::npos; at += 2) {
         text.insert(at + 2, " ");
+    }
     return text;
 }
 
@@ -46,8 +47,9 @@ std::string fit_for_cdata(std::string text)
 std::string success_reply(const Envelope& envelope, const std::vector<Account>& records)
 {
     std::string body;
-    for (const Account& account : records)
+    for (const Account& account : records) {
         body += record(account);
+    }
     return response(envelope, "success", body);
 }
 

@@ -12,25 +12,30 @@ void expect_keys(
     const Json& object, const std::string& where, std::initializer_list<const char*> known
 )
 {
-    if (!object.is_object())
+    if (!object.is_object()) {
         throw Refusal(where + " is not an object");
-    for (const auto& entry : object.items())
-        if (std::find(known.begin(), known.end(), entry.key()) == known.end())
+    }
+    for (const auto& entry : object.items()) {
+        if (std::find(known.begin(), known.end(), entry.key()) == known.end()) {
             throw Refusal(where + " has the unknown key " + entry.key());
+        }
+    }
 }
 
 /** The value of a key, or nothing where it is left out; refused when it is of another kind. */
 template<class Value> std::optional<Value> member(const Json& object, const char* key)
 {
-    if (!object.contains(key))
+    if (!object.contains(key)) {
         return std::nullopt;
+    }
     const Json& value = object[key];
     const bool fits = std::is_same_v<Value, bool>           ? value.is_boolean()
                       : std::is_same_v<Value, std::int64_t> ? value.is_number_integer()
                       : std::is_same_v<Value, std::string>  ? value.is_string()
                                                             : value.is_array();
-    if (!fits)
+    if (!fits) {
         throw Refusal(std::string(key) + " is of the wrong kind: " + value.dump());
+    }
     return value.get<Value>();
 }
 
@@ -56,8 +61,9 @@ void add_account(Store& store, const Json& account)
         .p2p_user_name = member<std::string>(account, "p2p_user_name"),
     };
     const std::int64_t id = store.add_account(fields, member<std::int64_t>(account, "id"));
-    for (const Json& group : list(account, "member_of"))
+    for (const Json& group : list(account, "member_of")) {
         store.add_membership(id, group.get<std::string>());
+    }
 }
 
 void add_all(Store& store, const Json& state)
@@ -69,8 +75,9 @@ void add_all(Store& store, const Json& state)
             member<std::string>(group, "name").value_or(""), member<std::int64_t>(group, "id")
         );
     }
-    for (const Json& account : list(state, "accounts"))
+    for (const Json& account : list(state, "accounts")) {
         add_account(store, account);
+    }
     for (const Json& user : list(state, "remote_users")) {
         expect_keys(user, "a remote user", {"name", "full_name"});
         store.add_remote_user(

@@ -32,8 +32,9 @@ struct Outcome {
 int join(decltype(&connect) call, const Fd& socket, const std::string& path)
 {
     sockaddr_un address;
-    if (frame_address(path.c_str(), &address) != 0)
+    if (frame_address(path.c_str(), &address) != 0) {
         throw_errno(path);
+    }
     return call(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
 }
 
@@ -43,13 +44,15 @@ class Listener {
     explicit Listener(const std::string& path)
         : path_(path), socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0))
     {
-        if (join(connect, socket_, path) == 0 || errno == EAGAIN)
+        if (join(connect, socket_, path) == 0 || errno == EAGAIN) {
             throw Refusal(path + ": a daemon is running already");
+        }
         const std::string unready = path + ".new"; // either name may be left by one that was killed
         unlink(unready.c_str());
         if (join(bind, socket_, unready) != 0 || listen(socket_.get(), SOMAXCONN) != 0 ||
-            rename(unready.c_str(), path.c_str()) != 0)
+            rename(unready.c_str(), path.c_str()) != 0) {
             throw_errno(path);
+        }
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -75,14 +78,18 @@ Fd end_signals()
 
 Outcome follow(Store& store, const Order& order, const std::string& request)
 {
-    if (order.kind == "refuse")
+    if (order.kind == "refuse") {
         return {refuse(request, order.text)};
-    if (order.kind == "refuse-bare")
+    }
+    if (order.kind == "refuse-bare") {
         return {refuse(request, std::nullopt)};
-    if (order.kind == "reply")
+    }
+    if (order.kind == "reply") {
         return {order.text};
-    if (order.kind == "cut")
+    }
+    if (order.kind == "cut") {
         return {carry_out(store, request).substr(0, std::stoul(order.text))};
+    }
     return {std::nullopt, order.kind == "no-reply"};
 }
 
@@ -107,8 +114,9 @@ Outcome answer(Store& store, const Paths& paths, const std::string& request)
     record(
         paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
     );
-    if (order && order->kind == "die")
+    if (order && order->kind == "die") {
         raise(SIGKILL);
+    }
     return outcome;
 }
 
@@ -116,18 +124,22 @@ void serve_client(Store& store, const Paths& paths, const Fd& client, int timeou
 {
     char* bytes = nullptr;
     std::uint32_t length = 0;
-    if (frame_receive(client.get(), &bytes, &length, frame_deadline(timeout_ms)) != 0)
+    if (frame_receive(client.get(), &bytes, &length, frame_deadline(timeout_ms)) != 0) {
         throw_errno("a request was not received");
+    }
     const Text text(bytes);
-    if (!text)
+    if (!text) {
         throw Refusal("a request was not received: it has no text");
+    }
     const Outcome outcome = answer(store, paths, std::string(text.get(), length));
-    if (!outcome.answered)
+    if (!outcome.answered) {
         return;
+    }
     const char* reply = outcome.reply ? outcome.reply->data() : nullptr;
     const auto reply_length = static_cast<std::uint32_t>(outcome.reply.value_or("").size());
-    if (frame_send(client.get(), reply, reply_length, frame_deadline(timeout_ms)) != 0)
+    if (frame_send(client.get(), reply, reply_length, frame_deadline(timeout_ms)) != 0) {
         throw_errno("a reply was not sent");
+    }
 }
 
 } // namespace
@@ -140,13 +152,16 @@ void serve(const Paths& paths, int client_timeout_ms)
     const Listener listener(paths.socket);
     for (;;) {
         pollfd ready[] = {{signals.get(), POLLIN, 0}, {listener.get(), POLLIN, 0}};
-        if (poll(ready, 2, -1) < 0 && errno != EINTR)
+        if (poll(ready, 2, -1) < 0 && errno != EINTR) {
             throw_errno("poll");
-        if (ready[0].revents != 0)
+        }
+        if (ready[0].revents != 0) {
             return;
+        }
         const Fd client(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (client.get() < 0)
+        if (client.get() < 0) {
             continue;
+        }
         try {
             serve_client(store, paths, client, client_timeout_ms);
         } catch (const std::exception& failure) { // this client's misfortune, not the daemon's

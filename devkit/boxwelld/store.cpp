@@ -41,8 +41,9 @@ CREATE TABLE IF NOT EXISTS orders (
 
 std::string make_state_folder(const Paths& paths)
 {
-    if (mkdir(paths.state.c_str(), 0755) != 0 && errno != EEXIST)
+    if (mkdir(paths.state.c_str(), 0755) != 0 && errno != EEXIST) {
         throw_errno(paths.state);
+    }
     return paths.database();
 }
 
@@ -66,8 +67,9 @@ void Store::change(const std::function<void()>& work)
         transaction.commit();
     } catch (...) {
         try {
-            if (files_touched)
+            if (files_touched) {
                 write_account_files();
+            }
         } catch (const std::exception&) { // the first failure is the one that tells
         }
         throw;
@@ -85,8 +87,9 @@ void Store::write_account_files()
 std::int64_t Store::choose_id(const std::optional<std::int64_t>& wanted, const char* next)
 {
     const std::int64_t id = wanted ? *wanted : database_.execAndGet(next).getInt64();
-    if (id < 1 || id > std::numeric_limits<std::int32_t>::max())
+    if (id < 1 || id > std::numeric_limits<std::int32_t>::max()) {
         throw Refusal("Invalid id " + std::to_string(id));
+    }
     return id;
 }
 
@@ -94,8 +97,9 @@ void Store::add_group(const std::string& name, std::optional<std::int64_t> id)
 {
     check_name("group", name);
     if (exists(database_, "SELECT 1 FROM groups WHERE name = ?", name) ||
-        is_taken(paths_.group, name))
+        is_taken(paths_.group, name)) {
         throw Refusal("Group " + name + " already exists");
+    }
     execute(
         database_, "INSERT INTO groups VALUES (?, ?)",
         choose_id(id, "SELECT coalesce(max(id), 1999) + 1 FROM groups"), name
@@ -106,8 +110,9 @@ std::vector<Group> Store::groups()
 {
     SQLite::Statement row(database_, "SELECT id, name FROM groups ORDER BY id");
     std::vector<Group> found;
-    while (row.executeStep())
+    while (row.executeStep()) {
         found.push_back({row.getColumn(0).getInt64(), row.getColumn(1)});
+    }
     return found;
 }
 
@@ -115,25 +120,29 @@ void Store::add_remote_user(const RemoteUser& user)
 {
     check_text("UserName", user.name);
     check_text("FullName", user.full_name);
-    if (user.name.empty())
+    if (user.name.empty()) {
         throw Refusal("Invalid remote user name: it is empty");
-    if (exists(database_, "SELECT 1 FROM remote_users WHERE name = ?", user.name))
+    }
+    if (exists(database_, "SELECT 1 FROM remote_users WHERE name = ?", user.name)) {
         throw Refusal("User already present");
+    }
     execute(database_, "INSERT INTO remote_users VALUES (?, ?)", user.name, user.full_name);
 }
 
 void Store::delete_remote_user(const std::string& name)
 {
-    if (execute(database_, "DELETE FROM remote_users WHERE name = ?", name) == 0)
+    if (execute(database_, "DELETE FROM remote_users WHERE name = ?", name) == 0) {
         throw Refusal("No remote user " + name);
+    }
 }
 
 std::vector<RemoteUser> Store::remote_users()
 {
     SQLite::Statement row(database_, "SELECT name, full_name FROM remote_users ORDER BY name");
     std::vector<RemoteUser> found;
-    while (row.executeStep())
+    while (row.executeStep()) {
         found.push_back({row.getColumn(0), row.getColumn(1)});
+    }
     return found;
 }
 
@@ -141,8 +150,9 @@ void Store::set_cloud_owner(const std::string& name)
 {
     check_text("The cloud owner's name", name);
     database_.exec("DELETE FROM cloud_owner");
-    if (!name.empty())
+    if (!name.empty()) {
         execute(database_, "INSERT INTO cloud_owner VALUES (?)", name);
+    }
 }
 
 std::string Store::cloud_owner()

@@ -19,8 +19,9 @@ std::int64_t Store::group_id(const std::string& name)
 {
     SQLite::Statement row(database_, "SELECT id FROM groups WHERE name = ?");
     SQLite::bind(row, name);
-    if (!row.executeStep())
+    if (!row.executeStep()) {
         throw Refusal("Unknown group " + name);
+    }
     return row.getColumn(0).getInt64();
 }
 
@@ -39,14 +40,18 @@ std::int64_t Store::add_account(const AccountFields& fields, std::optional<std::
 
 void Store::set_account(std::int64_t id, const AccountFields& fields)
 {
-    if (!exists(database_, "SELECT 1 FROM accounts WHERE id = ?", id))
+    if (!exists(database_, "SELECT 1 FROM accounts WHERE id = ?", id)) {
         throw unknown(id);
-    if (fields.name)
+    }
+    if (fields.name) {
         set_name(id, *fields.name);
-    if (fields.group)
+    }
+    if (fields.group) {
         set_column(id, "group_id", group_id(*fields.group));
-    if (fields.locked)
+    }
+    if (fields.locked) {
         set_column(id, "locked", *fields.locked ? 1 : 0);
+    }
     const std::pair<const char*, const std::optional<std::string>&> texts[] = {
         {"email", fields.email},
         {"smb_hash", fields.smb_hash},
@@ -54,8 +59,9 @@ void Store::set_account(std::int64_t id, const AccountFields& fields)
         {"p2p_user_name", fields.p2p_user_name},
     };
     for (const auto& [column, text] : texts) {
-        if (!text)
+        if (!text) {
             continue;
+        }
         check_text(column, *text);
         set_column(id, column, *text);
     }
@@ -65,8 +71,9 @@ void Store::set_name(std::int64_t id, const std::string& name)
 {
     check_name("user", name);
     if (exists(database_, "SELECT 1 FROM accounts WHERE name = ? AND id <> ?", name, id) ||
-        is_taken(paths_.passwd, name))
+        is_taken(paths_.passwd, name)) {
         throw Refusal("User " + name + " already exists");
+    }
     execute(
         database_,
         "UPDATE cloud_owner SET name = ? WHERE name = (SELECT name FROM accounts WHERE id = ?)",
@@ -83,8 +90,9 @@ void Store::set_column(std::int64_t id, const std::string& column, const Value& 
 
 void Store::delete_account(std::int64_t id)
 {
-    if (execute(database_, "DELETE FROM accounts WHERE id = ?", id) == 0)
+    if (execute(database_, "DELETE FROM accounts WHERE id = ?", id) == 0) {
         throw unknown(id);
+    }
 }
 
 void Store::add_membership(std::int64_t account, const std::string& group)
@@ -121,8 +129,9 @@ std::vector<Account> Store::find_accounts(Property property, Match match, const 
              {}}
         );
         SQLite::bind(membership, found.back().id);
-        while (membership.executeStep())
+        while (membership.executeStep()) {
             found.back().member_of.push_back(membership.getColumn(0));
+        }
         membership.reset();
     }
     return found;

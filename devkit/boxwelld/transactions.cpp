@@ -14,15 +14,17 @@ std::int64_t to_id(const std::string& text)
     std::int64_t id = 0;
     const char* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, id);
-    if (error != std::errc() || rest != end)
+    if (error != std::errc() || rest != end) {
         throw Refusal("Invalid user id " + text);
+    }
     return id;
 }
 
 std::optional<bool> to_flag(const std::optional<std::string>& text)
 {
-    if (text && *text != "0" && *text != "1")
+    if (text && *text != "0" && *text != "1") {
         throw Refusal("IsLocked is neither 0 nor 1");
+    }
     return text ? std::optional(*text == "1") : std::nullopt;
 }
 
@@ -65,11 +67,13 @@ Records query_accounts(const xmlNode* operation, Store& store)
     const xmlNode* criterion = children(operation).empty() ? operation : children(operation).back();
     const std::vector<xmlNode*> tests = children(criterion);
     const std::string kind = tests.size() == 1 ? name_of(tests[0]) : "";
-    if (name_of(criterion) != "criterion" || (kind != "equal" && kind != "like"))
+    if (name_of(criterion) != "criterion" || (kind != "equal" && kind != "like")) {
         throw Refusal("query must end with one criterion, equal or like");
+    }
     const std::string property = attribute(tests[0], "property");
-    if (property != "/User/User_Name/" && property != "/User/Email_Address/")
+    if (property != "/User/User_Name/" && property != "/User/Email_Address/") {
         throw Refusal("query asks for the unknown property " + property);
+    }
     return store.find_accounts(
         property == "/User/User_Name/" ? Property::UserName : Property::EmailAddress,
         kind == "equal" ? Match::Equal : Match::Like,
@@ -83,8 +87,9 @@ Records add_account(const xmlNode* operation, Store& store)
     expect_user_collection(operation);
     const xmlNode* user = user_of_collection(operation);
     expect(user, "id", "0");
-    if (!field(user, "User_Id").value_or("").empty())
+    if (!field(user, "User_Id").value_or("").empty()) {
         throw Refusal("The id of a new user is not chosen by the request");
+    }
     store.add_account(fields_of(user));
     return {};
 }
@@ -95,8 +100,9 @@ Records set_account(const xmlNode* operation, Store& store)
     const xmlNode* user = user_of_collection(operation);
     const std::string id = attribute(user, "id");
     expect(user, "resource-id", id);
-    if (field(user, "User_Id").value_or(id) != id)
+    if (field(user, "User_Id").value_or(id) != id) {
         throw Refusal("User_Id is not the id of its record");
+    }
     store.set_account(to_id(id), fields_of(user));
     return {};
 }
@@ -150,9 +156,11 @@ const Operation& find_operation(const xmlNode* operation)
 {
     const std::string name = name_of(operation);
     const std::string type = attribute(operation, "resource-type");
-    for (const Operation& known : OPERATIONS)
-        if (known.name == name && known.resource_type == type)
+    for (const Operation& known : OPERATIONS) {
+        if (known.name == name && known.resource_type == type) {
             return known;
+        }
+    }
     throw Refusal("Unknown operation " + name + " of resource type " + type);
 }
 
@@ -168,10 +176,11 @@ std::string carry_out(Store& store, const std::string& text)
         const auto run = [&] {
             records = operation.run(request.operation, store);
         };
-        if (operation.changes)
+        if (operation.changes) {
             store.change(run);
-        else
+        } else {
             run();
+        }
         return success_reply(envelope, records);
     } catch (const std::exception& failure) {
         return failure_reply(envelope, failure.what());

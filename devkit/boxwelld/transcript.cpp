@@ -27,8 +27,9 @@ Json optional(const std::optional<std::string>& text)
 std::string for_people(const Json& exchange)
 {
     std::string text = "--- " + std::to_string(exchange["n"].get<std::size_t>()) + '\n';
-    if (!exchange["order"].is_null())
+    if (!exchange["order"].is_null()) {
         text += "ordered: " + exchange["order"].get<std::string>() + '\n';
+    }
     text += broken_at_tags(exchange["request"]);
     text += exchange["reply"].is_null() ? "(no reply)\n" : broken_at_tags(exchange["reply"]);
     return text;
@@ -46,8 +47,9 @@ void append_to_transcript(const Paths& paths, const Exchange& exchange)
                              ) +
                              '\n';
     const Fd file = open_file(paths.transcript(), O_WRONLY | O_CREAT | O_APPEND);
-    if (write(file.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size()))
+    if (write(file.get(), line.data(), line.size()) != static_cast<ssize_t>(line.size())) {
         throw_errno(paths.transcript());
+    }
 }
 
 void clear_transcript(const Paths& paths)
@@ -64,8 +66,9 @@ std::string transcript(const Paths& paths, std::size_t from, bool json)
     );
     std::size_t number = 1;
     for (std::string line; std::getline(lines, line); ++number) {
-        if (number < from)
+        if (number < from) {
             continue;
+        }
         Json exchange = {{"n", number}};
         exchange.update(Json::parse(line));
         text += for_people(exchange);

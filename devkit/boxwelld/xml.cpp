@@ -23,8 +23,9 @@ std::string to_string(const xmlChar* text)
 void keep_first_error(void* parser, xmlErrorPtr error)
 {
     auto* first = static_cast<std::string*>(static_cast<xmlParserCtxtPtr>(parser)->_private);
-    if (first->empty() && error->level >= XML_ERR_ERROR)
+    if (first->empty() && error->level >= XML_ERR_ERROR) {
         *first = "line " + std::to_string(error->line) + ": " + one_line(error->message);
+    }
 }
 
 void refuse_document_type(void* parser, const xmlChar*, const xmlChar*, const xmlChar*)
@@ -42,8 +43,9 @@ Document parse_xml(std::string_view text)
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(
         xmlNewParserCtxt(), &xmlFreeParserCtxt
     );
-    if (!parser)
+    if (!parser) {
         throw std::bad_alloc();
+    }
     std::string error;
     parser->_private = &error;
     parser->sax->serror = keep_first_error;
@@ -55,8 +57,9 @@ Document parse_xml(std::string_view text)
         ),
         &xmlFreeDoc
     );
-    if (!document || parser->nsWellFormed == 0)
+    if (!document || parser->nsWellFormed == 0) {
         throw Refusal("Malformed request: " + error);
+    }
     return document;
 }
 
@@ -74,10 +77,11 @@ std::vector<xmlNode*> children(const xmlNode* node)
 {
     std::vector<xmlNode*> found;
     for (xmlNode* child = node->children; child != nullptr; child = child->next) {
-        if (child->type == XML_ELEMENT_NODE)
+        if (child->type == XML_ELEMENT_NODE) {
             found.push_back(child);
-        else if (child->type != XML_COMMENT_NODE && xmlIsBlankNode(child) == 0)
+        } else if (child->type != XML_COMMENT_NODE && xmlIsBlankNode(child) == 0) {
             throw Refusal("Unexpected text in " + name_of(node));
+        }
     }
     return found;
 }
@@ -85,8 +89,9 @@ std::vector<xmlNode*> children(const xmlNode* node)
 const xmlNode* only_child(const xmlNode* node, const char* space, const char* name)
 {
     const std::vector<xmlNode*> found = children(node);
-    if (found.size() != 1 || name_of(found[0]) != name || namespace_of(found[0]) != space)
+    if (found.size() != 1 || name_of(found[0]) != name || namespace_of(found[0]) != space) {
         throw Refusal(name_of(node) + " must hold one element " + name);
+    }
     return found[0];
 }
 
@@ -94,20 +99,24 @@ void expect_children(
     const xmlNode* node, const char* space, std::initializer_list<std::string_view> names
 )
 {
-    for (const xmlNode* child : children(node))
+    for (const xmlNode* child : children(node)) {
         if (namespace_of(child) != space ||
-            std::find(names.begin(), names.end(), name_of(child)) == names.end())
+            std::find(names.begin(), names.end(), name_of(child)) == names.end()) {
             throw Refusal(name_of(node) + " holds the unknown element " + name_of(child));
+        }
+    }
 }
 
 std::optional<std::string> field(const xmlNode* node, const char* name)
 {
     std::optional<std::string> value;
     for (const xmlNode* child : children(node)) {
-        if (name_of(child) != name)
+        if (name_of(child) != name) {
             continue;
-        if (value)
+        }
+        if (value) {
             throw Refusal(name_of(node) + " holds " + name + " twice");
+        }
         value = text_of(child);
     }
     return value;
@@ -116,22 +125,26 @@ std::optional<std::string> field(const xmlNode* node, const char* name)
 std::string attribute(const xmlNode* node, const char* name)
 {
     const XmlText value(xmlGetNoNsProp(node, reinterpret_cast<const xmlChar*>(name)));
-    if (!value)
+    if (!value) {
         throw Refusal(name_of(node) + " has no attribute " + name);
+    }
     return to_string(value.get());
 }
 
 void expect(const xmlNode* node, const char* name, std::string_view value)
 {
-    if (attribute(node, name) != value)
+    if (attribute(node, name) != value) {
         throw Refusal(name_of(node) + " has the unknown " + name + ' ' + attribute(node, name));
+    }
 }
 
 std::string text_of(const xmlNode* node)
 {
-    for (const xmlNode* child = node->children; child != nullptr; child = child->next)
-        if (child->type != XML_TEXT_NODE && child->type != XML_CDATA_SECTION_NODE)
+    for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+        if (child->type != XML_TEXT_NODE && child->type != XML_CDATA_SECTION_NODE) {
             throw Refusal(name_of(node) + " holds more than text");
+        }
+    }
     return to_string(XmlText(xmlNodeGetContent(node)).get());
 }
 

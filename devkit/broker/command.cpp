@@ -13,12 +13,15 @@ namespace {
 std::vector<std::string> command_words(const std::vector<std::string>& rest)
 {
     const auto mark = std::find(rest.begin(), rest.end(), "--");
-    for (auto word = rest.begin(); word != mark; ++word)
-        if (word->size() > 1 && word->front() == '-')
+    for (auto word = rest.begin(); word != mark; ++word) {
+        if (word->size() > 1 && word->front() == '-') {
             throw BadUse("unknown option " + *word + " (write -- before such a parameter)");
+        }
+    }
     std::vector<std::string> words(rest.begin(), mark);
-    if (mark != rest.end())
+    if (mark != rest.end()) {
         words.insert(words.end(), mark + 1, rest.end());
+    }
     return words;
 }
 
@@ -29,8 +32,9 @@ std::vector<std::string> split_line(const std::string& line)
     GError* error = nullptr;
     if (g_shell_parse_argv(line.c_str(), &count, &words, &error) == FALSE) {
         const std::unique_ptr<GError, decltype(&g_error_free)> owner(error, g_error_free);
-        if (error->code == G_SHELL_ERROR_EMPTY_STRING)
+        if (error->code == G_SHELL_ERROR_EMPTY_STRING) {
             return {};
+        }
         throw BadUse(error->message);
     }
     const std::unique_ptr<char*, decltype(&g_strfreev)> owner(words, g_strfreev);
@@ -56,16 +60,18 @@ Options parse_options(const std::vector<std::string>& words)
     }
     options.command.words = command_words(app.remaining());
     auto& credentials = options.command.credentials;
-    if (credentials && credentials->find(':') == std::string::npos)
+    if (credentials && credentials->find(':') == std::string::npos) {
         *credentials += ':';
+    }
     return options;
 }
 
 Options parse_run(const std::vector<std::string>& words)
 {
     Options options = parse_options(words);
-    if (options.command.words.empty())
+    if (options.command.words.empty()) {
         throw BadUse("which operation?");
+    }
     return options;
 }
 
@@ -78,11 +84,13 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
         ++number;
         try {
             const auto words = split_line(line);
-            if (words.empty())
+            if (words.empty()) {
                 continue;
+            }
             const Options options = parse_run(words);
-            if (options.json || !options.plugin.empty())
+            if (options.json || !options.plugin.empty()) {
                 throw BadUse("--json and --plugin are the whole script's");
+            }
             script.push_back({line, options.command});
         } catch (const BadUse& bad) {
             throw BadUse(name + ':' + std::to_string(number) + ": " + bad.what());

@@ -50,8 +50,9 @@ int run(const Words& words)
 /** The one argument of a command that takes options too, but none of a transaction's. */
 std::string only_argument(const Options& options, const char* what)
 {
-    if (options.command.words.size() != 1 || options.command.credentials)
+    if (options.command.words.size() != 1 || options.command.credentials) {
         throw BadUse(std::string("expected one ") + what + " and nothing else");
+    }
     return options.command.words.front();
 }
 
@@ -60,8 +61,9 @@ std::string read_all(const std::string& path)
     std::ifstream file;
     if (path != "-") {
         file.open(path);
-        if (!file)
+        if (!file) {
             throw BadUse("cannot read " + path);
+        }
     }
     std::istream& in = path == "-" ? std::cin : file;
     return {std::istreambuf_iterator<char>(in), {}};
@@ -78,13 +80,15 @@ int script(const Words& words)
     for (const ScriptLine& line : lines) {
         const Answer answer = plugin.run(line.command);
         all_carried_out = all_carried_out && carried_out(answer);
-        if (options.json)
+        if (options.json) {
             answers.push_back(as_json(line.command, answer));
-        else
+        } else {
             print("> " + line.text + '\n' + for_people(answer));
+        }
     }
-    if (options.json)
+    if (options.json) {
         print(text_of(answers));
+    }
     return exit_status(all_carried_out);
 }
 
@@ -98,17 +102,21 @@ int hash(const Words& words)
 
 int dispatch(const std::string& command, const Words& words)
 {
-    if (command == "run")
+    if (command == "run") {
         return run(words);
-    if (command == "script")
+    }
+    if (command == "script") {
         return script(words);
-    if (command == "hash")
+    }
+    if (command == "hash") {
         return hash(words);
-    if (command != "--help" && command != "-h")
+    }
+    if (command != "--help" && command != "-h") {
         throw BadUse(
             (command.empty() ? "which command?" : "unknown command " + command) +
             " (see broker --help)"
         );
+    }
     print(USAGE);
     return 0;
 }

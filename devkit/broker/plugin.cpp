@@ -23,8 +23,9 @@ std::filesystem::path beside_broker(const char* name)
 std::string hash(Hash* function, const std::string& password)
 {
     const std::unique_ptr<char, decltype(&free)> text(function(password.c_str()), free);
-    if (!text)
+    if (!text) {
         throw BadUse("the plug-in makes no hash of this password");
+    }
     return text.get();
 }
 
@@ -34,15 +35,17 @@ Plugin::Plugin(std::string path)
     : path_(path.empty() ? beside_broker("libsyscmd.so").string() : std::move(path)),
       library_(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL))
 {
-    if (library_ == nullptr)
+    if (library_ == nullptr) {
         throw std::runtime_error(dlerror());
+    }
 }
 
 template<class Function> Function* Plugin::symbol(const char* name) const
 {
     auto* function = reinterpret_cast<Function*>(dlsym(library_, name));
-    if (function == nullptr)
+    if (function == nullptr) {
         throw std::runtime_error(path_ + " exports no " + name);
+    }
     return function;
 }
 

@@ -22,8 +22,9 @@ constexpr struct {
 std::string joined(const std::vector<std::string>& lines)
 {
     std::string text;
-    for (const std::string& line : lines)
+    for (const std::string& line : lines) {
         text += (text.empty() ? "" : "\n") + line;
+    }
     return text;
 }
 

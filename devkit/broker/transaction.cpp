@@ -8,8 +8,9 @@ namespace {
 
 bool copy_at(const std::vector<std::string>& values, int index, std::string& value)
 {
-    if (index < 0 || static_cast<std::size_t>(index) >= values.size())
+    if (index < 0 || static_cast<std::size_t>(index) >= values.size()) {
         return false;
+    }
     value = values[static_cast<std::size_t>(index)];
     return true;
 }
@@ -18,8 +19,9 @@ bool copy_at(const std::vector<std::string>& values, int index, std::string& val
 
 Transaction::Transaction(Command command) : command_(std::move(command))
 {
-    if (command_.credentials)
+    if (command_.credentials) {
         auth_info_ = base64(*command_.credentials);
+    }
 }
 
 const std::string& Transaction::getResponse()
@@ -34,8 +36,9 @@ bool Transaction::getRequestParam(int index, std::string& value) const
 
 bool Transaction::getAuthInfo(std::string& value) const
 {
-    if (!command_.credentials)
+    if (!command_.credentials) {
         return false;
+    }
     value = auth_info_;
     return true;
 }

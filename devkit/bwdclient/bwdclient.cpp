@@ -28,11 +28,13 @@ int connect_to_daemon(int fd, std::int64_t deadline)
 {
     const char* path = std::getenv("BOXWELLD_SOCKET");
     sockaddr_un address;
-    if (frame_address(path == nullptr ? BOXWELLD_DEFAULT_SOCKET : path, &address) != 0)
+    if (frame_address(path == nullptr ? BOXWELLD_DEFAULT_SOCKET : path, &address) != 0) {
         return -1;
+    }
     while (connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        if ((errno != EAGAIN && errno != EINTR) || frame_deadline(0) >= deadline)
+        if ((errno != EAGAIN && errno != EINTR) || frame_deadline(0) >= deadline) {
             return -1;
+        }
         poll(nullptr, 0, RETRY_MS);
     }
     return 0;
@@ -45,8 +47,9 @@ int exchange(int fd, const char* request, std::uint32_t request_length, char** r
     std::uint32_t text_length = 0;
     if (connect_to_daemon(fd, deadline) != 0 ||
         frame_send(fd, request, request_length, deadline) != 0 ||
-        frame_receive(fd, &text, &text_length, deadline) != 0)
+        frame_receive(fd, &text, &text_length, deadline) != 0) {
         return -1;
+    }
     *reply = text;
     *length = static_cast<int>(text_length);
     return 0;
@@ -62,8 +65,9 @@ process_request_bwdclient(char* request, int request_length, char** reply, int* 
         return -1;
     }
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd < 0)
+    if (fd < 0) {
         return -1;
+    }
     const int result =
         exchange(fd, request, static_cast<std::uint32_t>(request_length), reply, reply_length);
     close(fd);

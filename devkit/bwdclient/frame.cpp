@@ -27,20 +27,24 @@ int wait_for(int fd, short events, std::int64_t deadline)
     for (;;) {
         const std::int64_t left = std::min<std::int64_t>(deadline - now_ms(), INT_MAX);
         const int ready = left <= 0 ? 0 : poll(&poller, 1, static_cast<int>(left));
-        if (ready > 0)
+        if (ready > 0) {
             return 0;
-        if (ready == 0)
+        }
+        if (ready == 0) {
             errno = ETIMEDOUT;
-        if (ready == 0 || errno != EINTR)
+        }
+        if (ready == 0 || errno != EINTR) {
             return -1;
+        }
     }
 }
 
 /** After a transfer that failed: 0 when it is to be tried again. */
 int recover(int fd, short events, std::int64_t deadline)
 {
-    if (errno == EINTR)
+    if (errno == EINTR) {
         return 0;
+    }
     return errno == EAGAIN ? wait_for(fd, events, deadline) : -1;
 }
 
@@ -49,8 +53,9 @@ int send_all(int fd, const char* bytes, std::size_t length, std::int64_t deadlin
     while (length > 0) {
         const ssize_t sent = send(fd, bytes, length, MSG_NOSIGNAL);
         if (sent < 0) {
-            if (recover(fd, POLLOUT, deadline) != 0)
+            if (recover(fd, POLLOUT, deadline) != 0) {
                 return -1;
+            }
             continue;
         }
         bytes += sent;
@@ -68,8 +73,9 @@ int receive_all(int fd, char* bytes, std::size_t length, std::int64_t deadline)
             return -1;
         }
         if (received < 0) {
-            if (recover(fd, POLLIN, deadline) != 0)
+            if (recover(fd, POLLIN, deadline) != 0) {
                 return -1;
+            }
             continue;
         }
         bytes += received;
@@ -107,16 +113,18 @@ int frame_send(int fd, const char* text, std::uint32_t length, std::int64_t dead
     const std::uint32_t head = htonl(text == nullptr ? FRAME_NO_REPLY : length);
     char head_bytes[sizeof head];
     std::memcpy(head_bytes, &head, sizeof head);
-    if (send_all(fd, head_bytes, sizeof head, deadline) != 0)
+    if (send_all(fd, head_bytes, sizeof head, deadline) != 0) {
         return -1;
+    }
     return text == nullptr ? 0 : send_all(fd, text, length, deadline);
 }
 
 int frame_receive(int fd, char** text, std::uint32_t* length, std::int64_t deadline)
 {
     char head_bytes[sizeof(std::uint32_t)];
-    if (receive_all(fd, head_bytes, sizeof head_bytes, deadline) != 0)
+    if (receive_all(fd, head_bytes, sizeof head_bytes, deadline) != 0) {
         return -1;
+    }
     std::uint32_t head = 0;
     std::memcpy(&head, head_bytes, sizeof head);
     head = ntohl(head);
@@ -130,8 +138,9 @@ int frame_receive(int fd, char** text, std::uint32_t* length, std::int64_t deadl
         return -1;
     }
     auto* bytes = static_cast<char*>(std::malloc(std::size_t{head} + 1));
-    if (bytes == nullptr)
+    if (bytes == nullptr) {
         return -1;
+    }
     if (receive_all(fd, bytes, head, deadline) != 0) {
         std::free(bytes);
         return -1;

@@ -1,4 +1,4 @@
-// Ordered replies as the client library's caller sees them.
+// Ordered replies in their turns; what each kind brings about, the tests of the operations show.
 #include "tests/boxwelld/daemon.h"
 
 #include <gmock/gmock.h>
@@ -6,40 +6,7 @@
 #include <signal.h>
 #include <sys/wait.h>
 
-using testing::Eq;
 using testing::HasSubstr;
-
-TEST(Orders, EachKindGivesTheClientItsOutcome)
-{
-    const Daemon daemon;
-    const struct {
-        const char* order;
-        int result;
-        bool null;
-        bool carried_out;
-        testing::Matcher<std::string> reply;
-    } cases[] = {
-        {"refuse 'not ]]> today'", 0, false, false,
-            HasSubstr("<xs:error-details><![CDATA[not ]] > today]]></xs:error-details>")},
-        {"refuse-bare", 0, false, false, HasSubstr("status=\"failure\"></xs:response>")},
-        {"reply '<odd>'", 0, false, false, Eq("<odd>")},
-        {"reply ''", 0, false, false, Eq("")},
-        {"no-reply", 0, true, false, Eq("")},
-        {"cut 19", 0, false, true, Eq("<?xml version=\"1.0\"")},
-        {"fail", -1, true, false, Eq("")},
-    };
-    for (const auto& [order, result, null, carried_out, reply] : cases) {
-        SCOPED_TRACE(order);
-        daemon.seed();
-        EXPECT_EQ(daemon.run(std::string("order ") + order).status, 0);
-        const Answer answer = call(delete_user("1002"));
-        EXPECT_EQ(answer.result, result);
-        EXPECT_EQ(answer.null, null);
-        EXPECT_THAT(answer.reply, reply);
-        EXPECT_EQ(daemon.state()["accounts"].size(), carried_out ? 2 : 3);
-        EXPECT_THAT(call(find_user("alice")).reply, HasSubstr("success")) << "the order is over";
-    }
-}
 
 TEST(Orders, TakeTheirTurnsAndRepeat)
 {

@@ -23,8 +23,9 @@ pid_t parent_of(pid_t process)
     std::string text;
     std::getline(file, text, '\0');
     const auto name_end = text.rfind(") ");
-    if (name_end == std::string::npos || name_end + 4 >= text.size())
+    if (name_end == std::string::npos || name_end + 4 >= text.size()) {
         return 0;
+    }
     pid_t parent = 0;
     std::from_chars(text.data() + name_end + 4, text.data() + text.size(), parent);
     return parent;
@@ -37,8 +38,9 @@ Children read_children()
         const std::string name = entry.path().filename();
         pid_t process = 0;
         std::from_chars(name.data(), name.data() + name.size(), process);
-        if (process > 0)
+        if (process > 0) {
             children.emplace(parent_of(process), process);
+        }
     }
     return children;
 }
@@ -50,8 +52,9 @@ std::vector<pid_t> descendants_of(pid_t root)
     std::vector<pid_t> found{root};
     for (std::size_t i = 0; i < found.size(); ++i) {
         const auto [first, last] = children.equal_range(found[i]);
-        for (auto child = first; child != last; ++child)
+        for (auto child = first; child != last; ++child) {
             found.push_back(child->second);
+        }
     }
     found.erase(found.begin());
     return found;
@@ -70,8 +73,9 @@ void end_descendants()
 {
     while (reap()) {
         const auto processes = descendants_of(getpid());
-        for (auto process = processes.rbegin(); process != processes.rend(); ++process)
+        for (auto process = processes.rbegin(); process != processes.rend(); ++process) {
             kill(*process, SIGKILL);
+        }
         usleep(2000);
     }
 }

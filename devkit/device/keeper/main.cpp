@@ -62,9 +62,11 @@ void remove_folder(const fs::path& folder)
     std::error_code ignored;
     fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
     for (auto entry = fs::recursive_directory_iterator(folder, ignored);
-         entry != fs::recursive_directory_iterator(); entry.increment(ignored))
-        if (entry->is_directory(ignored) && !entry->is_symlink(ignored))
+         entry != fs::recursive_directory_iterator(); entry.increment(ignored)) {
+        if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
             fs::permissions(*entry, fs::perms::owner_all, fs::perm_options::add, ignored);
+        }
+    }
     fs::remove_all(folder, ignored);
 }
 
@@ -74,10 +76,12 @@ void remove_folder(const fs::path& folder)
     sigprocmask(SIG_SETMASK, &job.callers_mask, nullptr);
     setenv("KEEPER_FD", std::to_string(report).c_str(), 1);
     // proot's files lie on the host: an immutable one could not be removed.
-    if (job.proot)
+    if (job.proot) {
         prctl(PR_CAPBSET_DROP, CAP_LINUX_IMMUTABLE);
-    if (job.proot && !refuse_newer_calls())
+    }
+    if (job.proot && !refuse_newer_calls()) {
         _exit(failed("seccomp filter"));
+    }
     execvp(job.command[0], job.command);
     _exit(failed(job.command[0]));
 }
@@ -87,11 +91,12 @@ bool command_ended(pid_t command, int& status)
 {
     bool ended = false;
     int wait_status = 0;
-    for (pid_t pid = 0; (pid = waitpid(-1, &wait_status, WNOHANG)) > 0;)
+    for (pid_t pid = 0; (pid = waitpid(-1, &wait_status, WNOHANG)) > 0;) {
         if (pid == command) {
             status = exit_status(wait_status);
             ended = true;
         }
+    }
     return ended;
 }
 
@@ -101,18 +106,23 @@ int await_command(pid_t command, int report, int signals)
     int status = CANNOT_RUN;
     for (;;) {
         std::array<pollfd, 2> events{{{report, POLLIN, 0}, {signals, POLLIN, 0}}};
-        if (poll(events.data(), events.size(), -1) < 0)
+        if (poll(events.data(), events.size(), -1) < 0) {
             continue;
+        }
         std::array<char, 16> line{};
-        if ((events[0].revents & POLLIN) != 0 && read(report, line.data(), line.size() - 1) > 0)
+        if ((events[0].revents & POLLIN) != 0 && read(report, line.data(), line.size() - 1) > 0) {
             return static_cast<int>(std::strtol(line.data(), nullptr, 10));
-        if ((events[0].revents & POLLHUP) != 0)
+        }
+        if ((events[0].revents & POLLHUP) != 0) {
             report = -1; // nobody is left to report
+        }
         signalfd_siginfo signal{};
-        if ((events[1].revents & POLLIN) == 0 || read(signals, &signal, sizeof signal) < 0)
+        if ((events[1].revents & POLLIN) == 0 || read(signals, &signal, sizeof signal) < 0) {
             continue;
-        if (signal.ssi_signo == SIGTERM || command_ended(command, status))
+        }
+        if (signal.ssi_signo == SIGTERM || command_ended(command, status)) {
             return status;
+        }
     }
 }
 
@@ -122,8 +132,9 @@ int keep(const Job& job, pid_t front)
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::array<int, 2> report{};
     const int signals = signalfd(-1, &job.signals, SFD_CLOEXEC);
-    if (signals < 0 || pipe(report.data()) != 0)
+    if (signals < 0 || pipe(report.data()) != 0) {
         return failed("pipe");
+    }
     int status = CANNOT_RUN;
     const pid_t command = getppid() == front ? fork() : -1;
     if (command == 0) {
@@ -131,11 +142,13 @@ int keep(const Job& job, pid_t front)
         run_command(job, report[1]);
     }
     close(report[1]);
-    if (command > 0)
+    if (command > 0) {
         status = await_command(command, report[0], signals);
+    }
     end_descendants();
-    for (const auto& folder : job.remove)
+    for (const auto& folder : job.remove) {
         remove_folder(folder);
+    }
     return status;
 }
 
@@ -145,11 +158,13 @@ int await_keeper(pid_t keeper, const sigset_t& signals)
     int stopped_by = 0;
     for (int wait_status = 0;;) {
         siginfo_t signal{};
-        if (sigwaitinfo(&signals, &signal) < 0)
+        if (sigwaitinfo(&signals, &signal) < 0) {
             continue;
+        }
         if (signal.si_signo == SIGCHLD) {
-            if (waitpid(keeper, &wait_status, WNOHANG) == keeper)
+            if (waitpid(keeper, &wait_status, WNOHANG) == keeper) {
                 return stopped_by != 0 ? 128 + stopped_by : exit_status(wait_status);
+            }
         } else if (signal.si_signo != SIGINT || signal.si_code != SI_KERNEL) {
             // A terminal's Ctrl-C has reached the command too, which decides what it means.
             stopped_by = signal.si_signo;
@@ -162,12 +177,13 @@ bool parse(Job& job, char** arguments)
 {
     for (; *arguments != nullptr; ++arguments) {
         const std::string_view argument = *arguments;
-        if (argument == "--proot")
+        if (argument == "--proot") {
             job.proot = true;
-        else if (argument == "--remove" && arguments[1] != nullptr)
+        } else if (argument == "--remove" && arguments[1] != nullptr) {
             job.remove.emplace_back(*++arguments);
-        else
+        } else {
             break;
+        }
     }
     job.command = arguments;
     return *arguments != nullptr;
@@ -183,12 +199,14 @@ int main(int, char** arguments)
         return 2;
     }
     sigemptyset(&job.signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCHLD}) {
         sigaddset(&job.signals, signal);
+    }
     sigprocmask(SIG_BLOCK, &job.signals, &job.callers_mask);
     const pid_t front = getpid();
     const pid_t keeper = fork();
-    if (keeper < 0)
+    if (keeper < 0) {
         return failed("fork");
+    }
     return keeper == 0 ? keep(job, front) : await_keeper(keeper, job.signals);
 }

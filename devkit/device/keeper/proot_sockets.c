@@ -24,12 +24,14 @@ static int translate(const struct msghdr* message, struct sockaddr_un* address)
     const char* tree = getenv("DEVICE_TREE");
     const struct sockaddr_un* own = message->msg_name;
     if (tree == NULL || own == NULL || message->msg_namelen > sizeof *own ||
-        own->sun_family != AF_UNIX)
+        own->sun_family != AF_UNIX) {
         return 0;
+    }
     char path[sizeof own->sun_path + 1] = "";
     memcpy(path, own->sun_path, message->msg_namelen - offsetof(struct sockaddr_un, sun_path));
-    if (strncmp(path, IN_RUN, strlen(IN_RUN)) != 0)
+    if (strncmp(path, IN_RUN, strlen(IN_RUN)) != 0) {
         return 0;
+    }
     address->sun_family = AF_UNIX;
     const int length = snprintf(address->sun_path, sizeof address->sun_path, "%s%s", tree, path);
     return length > 0 && (size_t)length < sizeof address->sun_path;

@@ -1,0 +1,15 @@
+# GoogleTest: the installed one, or for another machine from its sources.
+if(CMAKE_CROSSCOMPILING)
+    set(GOOGLETEST_SOURCES /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+    set(BUILD_GMOCK OFF CACHE INTERNAL "")
+    set(INSTALL_GTEST OFF CACHE INTERNAL "")
+    add_subdirectory(${GOOGLETEST_SOURCES} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    foreach(library gtest gtest_main)
+        target_compile_options(${library} PRIVATE -w)
+        set_target_properties(${library} PROPERTIES
+            ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/googletest)
+    endforeach()
+else()
+    find_package(GTest REQUIRED)
+endif()
+include(GoogleTest)
