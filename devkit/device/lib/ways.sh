@@ -55,11 +55,12 @@ enter() {
 # The private tree lies in a short path of the host (a socket's path has 108 bytes), which the
 # keeper removes.
 enter_proot() {
-    local tree mount path binds=()
-    tree=$(mktemp -d /tmp/bw.XXXXXX)
-    remove=(--remove "$tree")
+    local tree mount path folders=() binds=() removes=()
+    sweep
     # Until the keeper takes over.
-    trap 'rm -rf "${remove[@]}"' EXIT
+    trap 'rm -rf "${folders[@]}"' EXIT
+    make_folder /tmp
+    tree=${folders[0]}
     fill_tree "$tree"
     link_tools "$tree"
     install -m 755 "$DEVICE_HOME/files/journalctl" "$tree/bin/journalctl"
@@ -75,17 +76,37 @@ enter_proot() {
         binds+=(-b "$path:$path")
     done
     bind_control_groups
+    for path in "${folders[@]}"; do
+        removes+=(--remove "$path")
+    done
     export DEVICE_TREE=$tree PROOT_TMP_DIR=$tree/proot
-    exec "$KEEPER" --proot "${remove[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
+    exec "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
+}
+
+# make_folder WHERE: adds a new folder to `folders`, locked for as long as a process of the device
+# lives, since all inherit the descriptor.
+make_folder() {
+    local folder lock
+    folder=$(mktemp -d "$1/bw.XXXXXX")
+    folders+=("$folder")
+    exec {lock}<"$folder"
+    flock "$lock"
+}
+
+# Removes the folders of devices whose processes, the keeper's too, were all killed at once.
+sweep() {
+    local folder
+    find /tmp /dev/shm -maxdepth 1 -name 'bw.??????' -user "$(id -u)" -mmin +1 2>/dev/null |
+        while read -r folder; do
+            ! flock --nonblock "$folder" true || { chmod -R u+rwx "$folder" && rm -rf "$folder"; }
+        done
 }
 
 # journald ends when /sys/fs/cgroup is no control group file system. Where the host has none, a
 # tmpfs with a folder named systemd passes for the oldest kind of them.
 bind_control_groups() {
-    local folder
     case $(stat -f -c %T /sys/fs/cgroup) in cgroup2fs | tmpfs) return ;; esac
-    folder=$(mktemp -d /dev/shm/bw.XXXXXX)
-    mkdir "$folder/systemd"
-    remove+=(--remove "$folder")
-    binds+=(-b "$folder:/sys/fs/cgroup")
+    make_folder /dev/shm
+    mkdir "${folders[1]}/systemd"
+    binds+=(-b "${folders[1]}:/sys/fs/cgroup")
 }
