@@ -11,7 +11,6 @@
 #include <memory>
 
 using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -143,25 +142,6 @@ TEST(Accounts, RefusedRequestsTellWhyAndChangeNothing)
     }
     EXPECT_EQ(daemon.state(), before);
     expect_in_step(daemon, before);
-}
-
-TEST(Accounts, QueriesGiveWholeRecordsSortedByName)
-{
-    const Daemon daemon;
-    EXPECT_THAT(call(find_user("bob")).reply,
-        HasSubstr(R"( src="nas" dst="dpv_1"><xs:transaction id="trid"><xs:response id="opid")"
-                  R"( status="success"><User id="1002" resource-id="1002" resource-type="User">)"
-                  "<User_Id>1002</User_Id><User_Name><![CDATA[bob]]></User_Name><Group_Name>"
-                  "<![CDATA[sky-hold]]></Group_Name><Email_Address><![CDATA[bob@example.com]]>"
-                  "</Email_Address><P2PUserName><![CDATA[]]></P2PUserName><IsLocked>0</IsLocked>"
-                  "</User></xs:response>"));
-    EXPECT_THAT(call(find_user("Bob")).reply, HasSubstr("\"success\"></xs:response>"));
-    const std::string both = call(mxl(R"(<xs:query id="opid" resource-type="User_Collection"><xs:criterion>)"
-                                      R"(<xs:like property="/User/Email_Address/" value="@Example"/></xs:criterion>)"
-                                      "</xs:query>"))
-                                 .reply;
-    EXPECT_LT(both.find("alice"), both.find("bob"));
-    EXPECT_THAT(both, Not(HasSubstr("dave")));
 }
 
 TEST(Accounts, RemoteUsersAndTheCloudOwnerComeAndGo)

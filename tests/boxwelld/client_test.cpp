@@ -78,15 +78,6 @@ TEST(Client, FailsWithoutReachingForWhatThePeerDidNotSend)
     EXPECT_NE(process_request_bwdclient(nullptr, 0, nullptr, nullptr), 0);
 }
 
-TEST(Client, ExchangesLargeTexts)
-{
-    const Daemon daemon;
-    daemon.write("large", std::string(4 << 20, 'r'));
-    daemon.run("order reply @" + daemon.path("large"));
-    EXPECT_EQ(call(std::string(4 << 20, ' ')).reply.size(), 4U << 20U);
-    EXPECT_NE(call(std::string((64 << 20) + 1, ' ')).result, 0) << "longer than a frame may be";
-}
-
 TEST(Server, IsNotHeldByAClientThatSendsNothing)
 {
     const Daemon daemon;

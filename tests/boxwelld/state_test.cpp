@@ -58,25 +58,6 @@ TEST(Seed, TakesWhatShowPrintsAndBeginsAnew)
     EXPECT_EQ(call(add_user("zoe")).result, 0) << "orders are cleared";
 }
 
-TEST(Transcript, TellsEveryExchange)
-{
-    const Daemon daemon;
-    call("not XML \xFF");
-    daemon.run("order fail");
-    const std::string request = find_user("bob");
-    call(request);
-    const Json all = Json::parse(daemon.run("transcript --json").output);
-    ASSERT_EQ(all.size(), 2);
-    EXPECT_EQ(all[0]["request"], "not XML \xEF\xBF\xBD");
-    EXPECT_THAT(all[0]["reply"].get<std::string>(), HasSubstr("Malformed request"));
-    EXPECT_EQ(all[0]["order"], nullptr);
-    const Json second = {{"n", 2}, {"request", request}, {"reply", nullptr}, {"order", "fail"}};
-    EXPECT_EQ(Json::parse(daemon.run("transcript --json --from 2").output), Json::array({second}));
-    EXPECT_THAT(daemon.run("transcript --from 2").output, HasSubstr("        <xs:equal property=\"/User/User_Name/\">\n"
-                                                                    "          <xs:value><![CDATA[bob]]></xs:value>\n"
-                                                                    "        </xs:equal>\n"));
-}
-
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
     const Daemon daemon;
