@@ -109,10 +109,10 @@ for ending in 0 INT TERM HUP KILL; do
     check 'status of the ended launcher' $ending "$status"
     check "left behind after $ending" '' "$(left_behind "$tree")"
 done
-# A terminal's Ctrl-C is the command's to handle.
+# A terminal's Ctrl-C is the command's to handle. exec: script's shell is not to have it too.
 check 'Ctrl-C' 9 "$( (read -r _ <"$work/ready"; printf '\003') |
-    script -qec "$launcher --quiet --build $build --way $way sh -c 'trap \"exit 9\" INT; echo >ready; sleep 60'" \
-        /dev/null >/dev/null; echo $?)"
+    script -qec "exec env --default-signal=INT $launcher --quiet --build $build --way $way \
+        sh -c 'trap \"exit 9\" INT; echo >ready; sleep 60'" /dev/null >/dev/null; echo $?)"
 
 check 'a bad option' '2 device: unknown option --wai' "$(complaint --wai)"
 check 'a bad way' '2 device: --way is root, userns or proot, not x' "$(complaint --way x)"
