@@ -33,8 +33,7 @@ endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
     add_compile_options(-ffunction-sections -fdata-sections)
-    # Only the plug-in is optimised as a whole: a test may put its own function in a unit's place.
-    add_link_options(-Wl,--gc-sections -fno-lto)
+    add_link_options(-Wl,--gc-sections)
 endif()
 
 # ship_small(TARGET...): object libraries of the plug-in, in a build for size. The stack protector and
