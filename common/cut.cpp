@@ -15,7 +15,7 @@ std::string_view cut(std::string_view text, std::string_view begin, std::string_
 {
     const std::size_t found = findMarker(text, begin);
     if (found == std::string_view::npos) {
-        return text.substr(text.size());
+        return {text.data() + text.size(), 0};
     }
     text.remove_prefix(found + begin.size());
     return text.substr(0, findMarker(text, end));

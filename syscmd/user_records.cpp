@@ -2,6 +2,8 @@
 
 #include "common/cut.h"
 
+#include <algorithm>
+
 namespace {
 
 /** First occurrence of the marker at or behind `from`, else npos; `from` never goes back. */
@@ -21,7 +23,8 @@ std::string_view read(FieldPosition* field, std::string_view reply, std::size_t 
         return "";
     }
     const std::size_t value = begin + field->begin.marker.size();
-    return reply.substr(value, find(&field->end, reply, value) - value);
+    const std::size_t end = find(&field->end, reply, value);
+    return {reply.data() + value, std::min(end, reply.size()) - value};
 }
 
 } // namespace
