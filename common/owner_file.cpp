@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 namespace {
 
@@ -27,68 +26,63 @@ readCommandLine(char* line, int line_size, const char* format, ...)
     return pipe != nullptr && fgets(line, line_size, pipe) != nullptr;
 }
 
-void appendElement(std::string& text, std::string_view name, std::string_view value)
+/** A line of device information, with room for its line end. */
+using DeviceValue = char[1024];
+/** The remote-access agent's id, likewise. */
+using AgentId = char[256];
+
+/** Asks the device-information tool for `key`; false when it gives none. */
+bool readDeviceValue(DeviceValue& value, const char* key)
 {
-    text.append("<").append(name).append(">").append(value);
-    text.append("</").append(name).append(">");
+    if (!readCommandLine(value, sizeof value, "boxwellinfo %s", key)) {
+        return false;
+    }
+    std::size_t length = strlen(value);
+    while (length > 0 && (value[length - 1] == '\n' || value[length - 1] == '\r')) {
+        value[--length] = '\0';
+    }
+    return length > 0 && strstr(value, "ERROR:") == nullptr && strstr(value, "error:") == nullptr;
 }
 
-/** Appends what device this is; false when a value is missing. */
-bool appendDevice(std::string& text)
+/** Reads the agent's id; false when there is none. */
+bool readAgentId(AgentId& id)
 {
-    struct Element {
-        const char* name;
-        const char* key;
-    };
-    constexpr Element ELEMENTS[] = {
-        {"model", "Model"},
-        {"firmware_id", "Firmware_Version"},
-        {"firmware_time", "Firmware_Time"},
-        {"serial", "Serial"},
-    };
-    std::string value;
-    for (const auto& [name, key] : ELEMENTS) {
-        if (!readBoxwellInfoValue(key, value)) {
-            return false;
-        }
-        appendElement(text, name, value);
+    if (!readCommandLine(
+            id, sizeof id, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
+        )) {
+        return false;
     }
-    return true;
+    // The id ends at the first blank or line end, wherever it stands.
+    id[strcspn(id, " \r\n")] = '\0';
+    return id[0] != '\0';
 }
+
+/** An element that may be left out, tags and all. */
+struct OptionalElement {
+    const char* begin = "";
+    const char* value = "";
+    const char* end = "";
+};
 
 } // namespace
 
 bool readBoxwellInfoValue(const std::string& key, std::string& value)
 {
-    char line[1024];
-    if (!readCommandLine(line, sizeof line, "boxwellinfo %s", key.c_str())) {
+    DeviceValue line;
+    if (!readDeviceValue(line, key.c_str())) {
         return false;
     }
-
-    std::string_view text = line;
-    text = text.substr(0, text.find_last_not_of("\r\n") + 1);
-    if (text.empty() || text.find("ERROR:") != text.npos || text.find("error:") != text.npos) {
-        return false;
-    }
-    value = text;
+    value = line;
     return true;
 }
 
 bool readXid(std::string& xid)
 {
-    char line[256];
-    if (!readCommandLine(
-            line, sizeof line, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
-        )) {
+    AgentId id;
+    if (!readAgentId(id)) {
         return false;
     }
-
-    // The id ends at the first blank or line end, wherever it stands.
-    line[strcspn(line, " \r\n")] = '\0';
-    if (line[0] == '\0') {
-        return false;
-    }
-    xid = line;
+    xid = id;
     return true;
 }
 
@@ -103,19 +97,32 @@ int createOwnerFile(
         return -1;
     }
 
-    std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration>";
-    appendElement(text, "owner", sso_username);
-    if (!appendDevice(text)) {
+    DeviceValue model;
+    DeviceValue firmware_id;
+    DeviceValue firmware_time;
+    DeviceValue serial;
+    if (!readDeviceValue(model, "Model") || !readDeviceValue(firmware_id, "Firmware_Version") ||
+        !readDeviceValue(firmware_time, "Firmware_Time") || !readDeviceValue(serial, "Serial")) {
         unlink(path);
         return -3;
     }
-    std::string xid;
-    if (use_linkhub && readXid(xid)) {
-        appendElement(text, "link_agent_id", xid);
+    AgentId xid;
+    OptionalElement agent;
+    if (use_linkhub && readAgentId(xid)) {
+        agent = {"<link_agent_id>", xid, "</link_agent_id>"};
     }
+    OptionalElement remote_owner;
     if (p2p_username != nullptr) {
-        appendElement(text, "p2powner", p2p_username);
+        remote_owner = {"<p2powner>", p2p_username, "</p2powner>"};
     }
-    text += "</registration>";
-    return fputs(text.c_str(), file) < 0 ? -4 : SUCCESS;
+    // Straight into the stream: the file is empty now, and must not stay so for want of memory.
+    const int written = fprintf(
+        file,
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>%s</owner>"
+        "<model>%s</model><firmware_id>%s</firmware_id><firmware_time>%s</firmware_time>"
+        "<serial>%s</serial>%s%s%s%s%s%s</registration>",
+        sso_username.c_str(), model, firmware_id, firmware_time, serial, agent.begin, agent.value,
+        agent.end, remote_owner.begin, remote_owner.value, remote_owner.end
+    );
+    return written < 0 ? -4 : SUCCESS;
 }
