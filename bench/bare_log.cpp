@@ -55,6 +55,15 @@ void append(const char* name, const char* file, int line, const char* message, s
 
 } // namespace
 
+void setLog(int level, bool file)
+{
+    MAX_LOG_LEVEL = level;
+    unlink(LOG_FILE);
+    if (file) {
+        close(open(LOG_FILE, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
+    }
+}
+
 void bareStatement(
     LogLevel level, const char* file, int line, const char* function, const char* format, ...
 )

@@ -5,6 +5,9 @@
 
 inline constexpr const char* LOG_FILE = "/var/log/shbroker.log";
 
+/** Makes the log file, empty, or removes it, and sets the level. */
+void setLog(int level, bool file);
+
 /**
  * A statement as logStatement() makes it: one journal entry a line where the level is admitted, one
  * write where the log file exists. Messages of up to 64 KiB.

@@ -26,21 +26,17 @@ std::string successReply(const std::string& content)
            content + "</xs:response></xs:transaction></xs:mxl>";
 }
 
-std::string userRecords(std::size_t count, bool bare)
+std::string userRecord(const std::string& name, std::size_t id, bool bare)
 {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string number = std::to_string(i);
-        text += "<User id=\"" + number + "\" resource-id=\"" + number +
-                "\" resource-type=\"User\"><User_Id>" + number +
-                "</User_Id><User_Name><![CDATA[user" + number +
-                "]]></User_Name><Group_Name><![CDATA[sky-hold]]></Group_Name>";
-        if (!bare) {
-            text += "<Email_Address><![CDATA[user" + number + "@example.com]]></Email_Address>";
-        }
-        text += "<IsLocked>0</IsLocked></User>";
+    const std::string number = std::to_string(id);
+    std::string text = "<User id=\"" + number + "\" resource-id=\"" + number +
+                       "\" resource-type=\"User\"><User_Id>" + number +
+                       "</User_Id><User_Name><![CDATA[" + name +
+                       "]]></User_Name><Group_Name><![CDATA[sky-hold]]></Group_Name>";
+    if (!bare) {
+        text += "<Email_Address><![CDATA[" + name + "@example.com]]></Email_Address>";
     }
-    return text;
+    return text + "<IsLocked>0</IsLocked></User>";
 }
 
 void recordRequests(bool on)

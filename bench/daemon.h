@@ -6,9 +6,8 @@
 /** What every request is answered with; the caller keeps it. */
 void setReply(const std::string& reply);
 
-/** The reply's user records, `count` of them: user0, user1, …; without e-mail addresses if `bare`.
- */
-std::string userRecords(std::size_t count, bool bare = false);
+/** One user record of a reply, of the group sky-hold; without an e-mail address if `bare`. */
+std::string userRecord(const std::string& name, std::size_t id, bool bare = false);
 
 /** A reply that reports success, around `content`. */
 std::string successReply(const std::string& content);

@@ -2,24 +2,11 @@
 #include "bench/bare_log.h"
 #include "bench/families.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 namespace {
-
-/** Makes or removes the log file, empty. */
-void setLogFile(bool exists)
-{
-    unlink(LOG_FILE);
-    if (exists) {
-        close(open(LOG_FILE, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644));
-    }
-}
 
 void benchWay(Frame& frame, const char* name, int level, bool file)
 {
-    setLogFile(file);
-    MAX_LOG_LEVEL = level;
+    setLog(level, file);
     // What was written is not read back here: operations compare whole log files.
     frame.compare(
         {.name = name, .against = "the least calls", .goal = 1.05},
@@ -34,8 +21,7 @@ void benchWay(Frame& frame, const char* name, int level, bool file)
             return true;
         }
     );
-    MAX_LOG_LEVEL = 3;
-    setLogFile(false);
+    setLog(3, false);
 }
 
 } // namespace

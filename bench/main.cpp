@@ -10,12 +10,22 @@ int main(int argc, char** argv)
     Options options;
     app.add_option("CASE", options.name, "only cases whose names hold this text");
     app.add_flag("--check", options.check_only, "only results, growth and counts, as tests");
+    bool instructions = false;
+    app.add_flag("--instructions", instructions, "one run of each operation and floor, for callgrind")
+        ->group("");
     CLI11_PARSE(app, argc, argv);
+    if (instructions) {
+        runUnderCallgrind();
+        return 0;
+    }
 
     Frame frame(options);
     printHead();
     benchHashes(frame);
     benchLog(frame);
+    benchUserQuery(frame);
+    benchOperations(frame);
+    benchSessions(frame);
     benchLists(frame);
     benchStrings(frame);
     benchFiles(frame);
