@@ -1,5 +1,5 @@
-// Each floor has the operation's requests, look-ups, statements and effects in their order, and none
-// of its checks: it knows that the command succeeds.
+// Each floor has the operation's requests, look-ups, statements and effects in their order, and
+// none of its checks: it knows that the command succeeds.
 #include "bench/bare_operations.h"
 
 #include "bench/bare_parts.h"
@@ -32,8 +32,8 @@ void authenticate(const ITransaction& transaction)
     const int is_owner = strncasecmp(owner.data(), login.get(), owner.size()) == 0 ? 1 : 0;
     const int is_sh = is_owner == 1 || isMember(login.get()) ? 1 : 0;
     BARE_DEBUG(
-        "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n", login.get(),
-        is_owner, is_sh
+        "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n",
+        login.get(), is_owner, is_sh
     );
 }
 
@@ -85,8 +85,8 @@ void addUser(ITransaction& transaction, std::string& response)
     deleteUser(username.c_str(), username.c_str());
     const Hashes hashes = decodeHashes(pair);
     BARE_INFO(
-        "[syscmd::AddUser] username=%s, syshash=%s, smbhash=%s, email=%s", username.c_str(), hashes.system,
-        hashes.text.get(), email.c_str()
+        "[syscmd::AddUser] username=%s, syshash=%s, smbhash=%s, email=%s", username.c_str(),
+        hashes.system, hashes.text.get(), email.c_str()
     );
     exchange(format(
         ADD_USER_TEXT, "User", username.c_str(), hashes.text.get(), hashes.system, "sky-hold",
@@ -124,15 +124,23 @@ void unregister(ITransaction& transaction, std::string& /*response*/)
     BARE_INFO("[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
 }
 
-/** The change with new hashes and a cloud user; the owner is asked for twice, as both routines do. */
-void changeUser(const char* id, const char* username, const std::string& pair, const char* email, const char* p2p)
+/** The change with new hashes and a cloud user; the owner is asked for twice, as both routines do.
+ */
+void changeUser(
+    const char* id,
+    const char* username,
+    const std::string& pair,
+    const char* email,
+    const char* p2p
+)
 {
     const bool is_owner = std::strcmp(ownerName().get(), username) == 0;
     const char* group = is_owner ? "admin" : "sky-hold";
     const Text owner = ownerName();
     const Hashes hashes = decodeHashes(pair);
     BARE_INFO(
-        "[syscmd:UpdateUser] username=%s, smbhash=%s, syshash=%s, group=%s, email=%s p2pusername=%s\n",
+        "[syscmd:UpdateUser] username=%s, smbhash=%s, syshash=%s, group=%s, email=%s "
+        "p2pusername=%s\n",
         email, hashes.text.get(), hashes.system, group, email, p2p
     );
     exchangeShown(format(

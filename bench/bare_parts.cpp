@@ -23,7 +23,8 @@ struct Walk {
     /** Moves behind the next mark; false, at the end, when there is none. */
     bool to(std::string_view mark)
     {
-        const void* found = memmem(at, static_cast<std::size_t>(end - at), mark.data(), mark.size());
+        const void* found =
+            memmem(at, static_cast<std::size_t>(end - at), mark.data(), mark.size());
         at = found == nullptr ? end : static_cast<const char*>(found) + mark.size();
         return found != nullptr;
     }
@@ -59,7 +60,8 @@ Text format(const char* form, ...)
     const int length = vsnprintf(text, sizeof text, form, arguments);
     va_end(arguments);
     return Text(static_cast<char*>(memcpy(
-        std::malloc(static_cast<std::size_t>(length) + 1), text, static_cast<std::size_t>(length) + 1
+        std::malloc(static_cast<std::size_t>(length) + 1), text,
+        static_cast<std::size_t>(length) + 1
     )));
 }
 
@@ -93,8 +95,7 @@ BareUser queryUser(const char* username)
     const std::string_view wanted = username;
     Walk walk = {reply.get(), reply.get() + std::strlen(reply.get())};
     // An element that none of the records has is searched for once.
-    const bool has_email =
-        std::strstr(reply.get(), "<Email_Address>") != nullptr;
+    const bool has_email = std::strstr(reply.get(), "<Email_Address>") != nullptr;
     while (walk.to("<User id=")) {
         walk.to("<User_Id>");
         const std::string_view id = walk.upTo("</User_Id>");

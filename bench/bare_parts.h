@@ -4,8 +4,8 @@
  */
 #pragma once
 
-#include "bench/results.h"
 #include "bench/bare_log.h"
+#include "bench/results.h"
 
 #include <string>
 #include <string_view>
@@ -21,8 +21,8 @@ Text copyOf(std::string_view text);
 /** One call of the client library. */
 Text send(const Text& request);
 
-/** Whether the reply's status is success. The status is handed over as a copy: that there is no memory
- * for it is a failure of its own, with a statement of its own. */
+/** Whether the reply's status is success. The status is handed over as a copy: that there is no
+ * memory for it is a failure of its own, with a statement of its own. */
 bool succeeded(const Text& reply);
 
 /** One user of the daemon's: the texts that a query hands over. */
@@ -47,5 +47,6 @@ Text ownerName();
 /** An account's number from the system: the look-up's buffer and the text. */
 Text systemId(const char* username);
 
-/** Whether the daemon does not lock the user and the system has it in the cloud group, as primary. */
+/** Whether the daemon does not lock the user and the system has it in the cloud group, as primary.
+ */
 bool isMember(const char* login);

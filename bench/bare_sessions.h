@@ -12,8 +12,8 @@ struct Swept {
 };
 
 /**
- * A sweep: readdir and fstatat, for an expired record its statement, unlink and shm_unlink; and where a
- * user's pins are looked for, open and read.
+ * A sweep: readdir and fstatat, for an expired record its statement, unlink and shm_unlink; and
+ * where a user's pins are looked for, open and read.
  */
 Swept bareSweep(const char* pin_owner);
 

@@ -14,6 +14,7 @@ struct Allocations {
 /** Counts the allocations of everything that runs in the process meanwhile. */
 Allocations countAllocations(const std::function<void()>& work);
 
-/** Counts the system calls of work, in a child that is traced; without those by which memory is got.
- * The work is done twice beforehand, so that nothing is done for the first time. Below 0: cannot be traced here. */
+/** Counts the system calls of work, in a child that is traced; without those by which memory is
+ * got. The work is done twice beforehand, so that nothing is done for the first time. Below 0:
+ * cannot be traced here. */
 long countSystemCalls(const std::function<void()>& work);

@@ -25,8 +25,9 @@ std::vector<double> runCallgrind()
     }
     const std::string base = std::string(folder) + "/dump";
     const std::string program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::string command = "valgrind -q --tool=callgrind --instr-atstart=no --callgrind-out-file=" +
-                                base + " '" + program + "' --instructions >/dev/null 2>&1";
+    const std::string command =
+        "valgrind -q --tool=callgrind --instr-atstart=no --callgrind-out-file=" + base + " '" +
+        program + "' --instructions >/dev/null 2>&1";
     std::vector<double> counts;
     if (std::system(command.c_str()) == 0) {
         std::ifstream dump;

@@ -11,7 +11,9 @@ int main(int argc, char** argv)
     app.add_option("CASE", options.name, "only cases whose names hold this text");
     app.add_flag("--check", options.check_only, "only results, growth and counts, as tests");
     bool instructions = false;
-    app.add_flag("--instructions", instructions, "one run of each operation and floor, for callgrind")
+    app.add_flag(
+           "--instructions", instructions, "one run of each operation and floor, for callgrind"
+    )
         ->group("");
     CLI11_PARSE(app, argc, argv);
     if (instructions) {

@@ -46,17 +46,16 @@ PlainTransaction transactionOf(const Command& command, int level)
 {
     PlainTransaction transaction;
     transaction.params = command.params;
-    gchar* encoded = g_base64_encode(
-        reinterpret_cast<const guchar*>(command.login), std::strlen(command.login)
-    );
+    gchar* encoded =
+        g_base64_encode(reinterpret_cast<const guchar*>(command.login), std::strlen(command.login));
     transaction.credentials = encoded;
     g_free(encoded);
     transaction.log_level = level;
     return transaction;
 }
 
-/** All that a command brings about but the journal's entries, which are the file's: its effects on the
- * transaction, its requests, its statements without time and place. */
+/** All that a command brings about but the journal's entries, which are the file's: its effects on
+ * the transaction, its requests, its statements without time and place. */
 std::string outcomeOf(const Command& command, void carryOut(ITransaction&))
 {
     static const std::regex PLACE("[A-Z][a-z]{2} [ 0-9][0-9] [0-9: ]{13} ([A-Z]+):[^:]+:[0-9]+ ");
@@ -80,10 +79,14 @@ void ourExecute(ITransaction& transaction)
 /** The command at a level as work that can be repeated. */
 std::function<void()> work(const Command& command, int level, void carryOut(ITransaction&))
 {
-    return [transaction = transactionOf(command, level), carryOut]() mutable { carryOut(transaction); };
+    return [transaction = transactionOf(command, level), carryOut]() mutable {
+        carryOut(transaction);
+    };
 }
 
-void benchTime(Frame& frame, const Command& command, int level, bool file, const char* how, double goal)
+void benchTime(
+    Frame& frame, const Command& command, int level, bool file, const char* how, double goal
+)
 {
     const std::string name = command.params[0] + how;
     if (!frame.wants(name)) {
@@ -91,12 +94,15 @@ void benchTime(Frame& frame, const Command& command, int level, bool file, const
     }
     setLog(level, file);
     const auto timed = [&](void carryOut(ITransaction&)) {
-        return [transaction = std::make_shared<PlainTransaction>(transactionOf(command, level)), carryOut] {
+        return [transaction = std::make_shared<PlainTransaction>(transactionOf(command, level)),
+                carryOut] {
             carryOut(*transaction);
             return true;
         };
     };
-    frame.compare({.name = name, .against = "floor", .goal = goal}, timed(ourExecute), timed(bareExecute));
+    frame.compare(
+        {.name = name, .against = "floor", .goal = goal}, timed(ourExecute), timed(bareExecute)
+    );
     setLog(3, false);
 }
 
@@ -109,7 +115,8 @@ void countCalls(Frame& frame, const Command& command)
     if (frame.wants(name)) {
         const Allocations mine = countAllocations(ours);
         frame.count(
-            name, "floor", static_cast<double>(mine.calls), static_cast<double>(countAllocations(floor).calls), 1
+            name, "floor", static_cast<double>(mine.calls),
+            static_cast<double>(countAllocations(floor).calls), 1
         );
         if (mine.left != 0) {
             frame.fail(name + ": something is left behind");
@@ -119,7 +126,10 @@ void countCalls(Frame& frame, const Command& command)
     if (frame.wants(name)) {
         const long mine = countSystemCalls(ours);
         if (mine >= 0) {
-            frame.count(name, "floor", static_cast<double>(mine), static_cast<double>(countSystemCalls(floor)), 1);
+            frame.count(
+                name, "floor", static_cast<double>(mine),
+                static_cast<double>(countSystemCalls(floor)), 1
+            );
         }
     }
 }
@@ -136,7 +146,9 @@ void countInstructions(Frame& frame)
         return;
     }
     for (std::size_t i = 0; i < all.size(); ++i) {
-        frame.count(all[i].params[0] + ", instructions", "floor", counts[2 * i], counts[2 * i + 1], 1.1);
+        frame.count(
+            all[i].params[0] + ", instructions", "floor", counts[2 * i], counts[2 * i + 1], 1.1
+        );
     }
 }
 
@@ -156,7 +168,8 @@ void benchOperations(Frame& frame)
 {
     setReply(reply());
     for (const Command& command : commands()) {
-        if (outcomeOf(command, ourExecute) != outcomeOf(command, bareExecute)) {
+        const std::string ours = outcomeOf(command, ourExecute); // first: it makes what is missing
+        if (ours != outcomeOf(command, bareExecute)) {
             frame.fail(command.params[0] + ": the floor's outcome differs");
         }
         benchTime(frame, command, 3, false, ", level 3", 1.03);

@@ -40,16 +40,21 @@ void fill(std::size_t count, std::size_t expired)
 std::size_t remaining()
 {
     std::size_t count = 0;
-    for ([[maybe_unused]] const auto& record : std::filesystem::directory_iterator(LOCAL_SESSION_DIRECTORY)) {
+    for ([[maybe_unused]] const auto& record :
+         std::filesystem::directory_iterator(LOCAL_SESSION_DIRECTORY)) {
         ++count;
     }
     return count;
 }
 
-void benchSweep(Frame& frame, std::size_t count, std::size_t expired, const char* pin_owner, double goal)
+void benchSweep(
+    Frame& frame, std::size_t count, std::size_t expired, const char* pin_owner, double goal
+)
 {
     const std::string name = "sweep of " + std::to_string(count) + " records, " +
-                             (pin_owner != nullptr ? "pinning" : expired == 0 ? "none expired" : "half expired");
+                             (pin_owner != nullptr ? "pinning"
+                              : expired == 0       ? "none expired"
+                                                   : "half expired");
     if (!frame.wants(name)) {
         return;
     }
@@ -59,7 +64,9 @@ void benchSweep(Frame& frame, std::size_t count, std::size_t expired, const char
     }
     if (expired != 0) {
         about.against += ", unlink";
-        about.before_each = [=] { fill(count, expired); };
+        about.before_each = [=] {
+            fill(count, expired);
+        };
         about.rounds = count > 10000 ? 5 : 31;
     }
     fill(count, expired);

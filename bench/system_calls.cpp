@@ -6,7 +6,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-
 namespace {
 
 /** What encloses the work in the child; nothing else makes this call with such an argument. */
@@ -27,8 +26,8 @@ constexpr unsigned long MARK_ARGUMENT = 0x5ca1ab1e;
 
 bool isForMemory(unsigned long long number)
 {
-    return number == SYS_brk || number == SYS_mmap || number == SYS_munmap || number == SYS_mremap ||
-           number == SYS_madvise;
+    return number == SYS_brk || number == SYS_mmap || number == SYS_munmap ||
+           number == SYS_mremap || number == SYS_madvise;
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-/** A transaction that costs as little as it can; it keeps what is done to it while it is asked to. */
+/** A transaction that costs as little as it can; it keeps what is done to it while it is asked to.
+ */
 #pragma once
 
 #include "common/common.h"
@@ -31,7 +32,10 @@ struct PlainTransaction : ITransaction {
         value = credentials;
         return true;
     }
-    void setCode(TTransactionCode code) override { note("code ", keeping ? std::to_string(code) : ""); }
+    void setCode(TTransactionCode code) override
+    {
+        note("code ", keeping ? std::to_string(code) : "");
+    }
     void setMoniker(const std::string& text) override { note("moniker ", text); }
     void setMethod(const std::string& text) override { note("method ", text); }
     void setBodyType(const std::string& text) override { note("body ", text); }

@@ -1,10 +1,11 @@
 // The user query over many records, the last of which matches.
+#include "syscmd/user_query.h"
+
 #include "bench/bare_log.h"
 #include "bench/bare_parts.h"
 #include "bench/count.h"
 #include "bench/daemon.h"
 #include "bench/families.h"
-#include "syscmd/user_query.h"
 
 #include <memory>
 
@@ -47,12 +48,13 @@ void benchCount(Frame& frame, std::size_t count, bool bare)
     setReply(reply);
     const std::string username = "user" + std::to_string(count - 1);
     frame.compare(
-        {.name = name, .against = "one pass, existence tests", .goal = 1.1}, [&] { return ours(username); },
-        [&] { return floor(username); }
+        {.name = name, .against = "one pass, existence tests", .goal = 1.1},
+        [&] { return ours(username); }, [&] { return floor(username); }
     );
     const Allocations used = countAllocations([&] { ours(username); });
     frame.count(
-        name + ", bytes", "the reply", static_cast<double>(used.bytes), static_cast<double>(reply.size()), 1.5
+        name + ", bytes", "the reply", static_cast<double>(used.bytes),
+        static_cast<double>(reply.size()), 1.5
     );
     if (used.left != 0) {
         frame.fail(name + ": something is left behind");
@@ -73,12 +75,15 @@ void benchUserQuery(Frame& frame)
         }
     }
     for (const bool bare : {false, true}) {
-        frame.grows(bare ? "user query without e-mail" : "user query", 1000, [bare](std::size_t count) {
-            return [reply = std::make_shared<std::string>(replyOf(count, bare)), count] {
-                setReply(*reply);
-                ours("user" + std::to_string(count - 1));
-            };
-        });
+        frame.grows(
+            bare ? "user query without e-mail" : "user query", 1000,
+            [bare](std::size_t count) {
+                return [reply = std::make_shared<std::string>(replyOf(count, bare)), count] {
+                    setReply(*reply);
+                    ours("user" + std::to_string(count - 1));
+                };
+            }
+        );
     }
     setLog(3, false);
 }
