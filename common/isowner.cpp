@@ -7,6 +7,7 @@
 #include "common/owned_text.h"
 #include "common/system_accounts.h"
 #include "liblst/liblst.h"
+#include "liblst/whole_file.h"
 
 #include <grp.h>
 #include <strings.h>
@@ -113,8 +114,7 @@ int isOwner(const char* user)
     }
 
     AUTO_FREE char* file = nullptr;
-    if (getFileContentFormat(&file, "%s", OWNER_FILE) != SUCCESS) {
-        file = nullptr;
+    if (readFile(&file, OWNER_FILE, OnReadError::Release) != SUCCESS) {
         return 0;
     }
     const std::string_view owner = cut(file, "<owner>", "</owner>");
@@ -155,11 +155,10 @@ int isLocked(const char* user, char** name)
         return 1;
     }
 
-    AUTO_FREE char* flag = nullptr;
-    if (CutStr(&flag, reply, "<IsLocked>", "</IsLocked>") != SUCCESS ||
-        CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS) {
+    if (CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS) {
         return 1;
     }
-    // Not narrowed: a flag whose low 32 bits are zero is a locked one too.
-    return strtol(flag, nullptr, 10) != 0;
+    // The flag ends where its digits do, so it needs no copy. Not narrowed: a flag whose low 32
+    // bits are zero is a locked one too.
+    return strtol(cut(reply, "<IsLocked>", "</IsLocked>").data(), nullptr, 10) != 0;
 }

@@ -24,8 +24,8 @@ constexpr const char* CATEGORY = "shbroker";
 /** Bytes in front of a message for either prefix: level, file name (NAME_MAX), line, and, for the
  * file, a time stamp. */
 constexpr std::size_t PREFIX_ROOM = 640;
-/** Longest message that needs no allocation, with its NUL. */
-constexpr std::size_t SHORT_MESSAGE = 512;
+/** Longest message that needs no allocation and is formatted once, with its NUL; requests fit. */
+constexpr std::size_t SHORT_MESSAGE = 2048;
 
 struct Statement {
     LogLevel level;

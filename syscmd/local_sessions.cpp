@@ -2,10 +2,12 @@
 
 #include "common/common.h"
 #include "common/io.h"
+#include "liblst/grow.h"
 #include "liblst/owned.h"
 #include "syscmd/inode_flags.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,18 +26,51 @@ constexpr mode_t RECORD_MODE = 0004;
 constexpr std::size_t RECORD_PATH_SIZE = 256;
 constexpr const char* PINNED = "0";
 
-/** A directory's list, as scandir(3) allocates it. */
-struct Listing {
-    dirent** entries;
-    int count;
+/** A record that a sweep has to do something about. */
+struct Finding {
+    char* name;
+    time_t modified;
+    bool expired;
+    bool maybe_pinned; // the user's, or unreadable
 };
 
-void releaseListing(Listing* listing)
+struct Findings {
+    Finding* items;
+    std::size_t count;
+    std::size_t capacity;
+};
+
+void releaseFindings(Findings* findings)
 {
-    for (int i = 0; i < listing->count; ++i) {
-        free(listing->entries[i]);
+    for (std::size_t i = 0; i < findings->count; ++i) {
+        free(findings->items[i].name);
     }
-    free(listing->entries);
+    free(findings->items);
+}
+
+bool note(Findings* findings, const Finding& finding)
+{
+    constexpr std::size_t FIRST_CAPACITY = 64;
+    if (findings->count == findings->capacity &&
+        !growArray(findings->items, findings->capacity, FIRST_CAPACITY)) {
+        return false;
+    }
+    char* name = strdup(finding.name);
+    if (name == nullptr) {
+        return false;
+    }
+    Finding& noted = findings->items[findings->count++];
+    noted = finding;
+    noted.name = name;
+    return true;
+}
+
+/** The order of alphasort(3). */
+int byName(const void* one, const void* other)
+{
+    return strcoll(
+        static_cast<const Finding*>(one)->name, static_cast<const Finding*>(other)->name
+    );
 }
 
 bool directoryIsMissing()
@@ -74,8 +109,10 @@ void unpin(FILE* record, const char* name)
 }
 
 /** Unpins the record if it is the user's. */
-void unpinIfOwned(const char* path, const char* name, const char* owner)
+void unpinIfOwned(const char* name, const char* owner)
 {
+    char path[sizeof LOCAL_SESSION_DIRECTORY + 1 + NAME_MAX];
+    snprintf(path, sizeof path, "%s/%s", LOCAL_SESSION_DIRECTORY, name);
     AUTO_CLOSE_FILE FILE* record = fopen(path, "re");
     if (record == nullptr) {
         return;
@@ -91,35 +128,60 @@ void unpinIfOwned(const char* path, const char* name, const char* owner)
     }
 }
 
-void removeIfExpired(const char* path, const char* name, time_t now)
+/** Whether the record has to be opened again, in its turn: it is the owner's, or cannot be read. */
+bool concerns(int directory, const char* name, const char* owner)
 {
-    struct stat status = {};
-    if (stat(path, &status) != 0 || difftime(now, status.st_mtime) <= LIFETIME_SECONDS) {
-        return;
+    AUTO_CLOSE_FD const int record = openat(directory, name, O_RDONLY | O_CLOEXEC);
+    if (record < 0) {
+        return false;
     }
+    char line[256];
+    const ssize_t got = read(record, line, sizeof line - 1);
+    if (got <= 0) {
+        return true;
+    }
+    line[got] = '\0';
+    line[strcspn(line, "\r\n")] = '\0';
+    return strcmp(line, owner) == 0;
+}
 
+/** Judges a record by the sweep's clock; what is to be done about it is noted. False: no memory. */
+bool judge(Findings* findings, int directory, char* name, const char* owner, time_t now)
+{
+    Finding finding = {.name = name, .modified = 0, .expired = false, .maybe_pinned = false};
+    finding.maybe_pinned = owner != nullptr && concerns(directory, name, owner);
+    struct stat status = {};
+    if (fstatat(directory, name, &status, 0) == 0) {
+        finding.modified = status.st_mtime;
+        finding.expired = difftime(now, status.st_mtime) > LIFETIME_SECONDS;
+    }
+    return (!finding.maybe_pinned && !finding.expired) || note(findings, finding);
+}
+
+void removeExpired(int directory, const Finding& record, time_t now)
+{
     LOG_IN(
         "CleanupObsoleteLocalSessions", __LINE__, Info,
-        "[CleanupObsoleteLocalSessions] REMOVE file %s timestamp %lld [curtime %lld]\n", name,
-        static_cast<long long>(status.st_mtime), static_cast<long long>(now)
+        "[CleanupObsoleteLocalSessions] REMOVE file %s timestamp %lld [curtime %lld]\n",
+        record.name, static_cast<long long>(record.modified), static_cast<long long>(now)
     );
-    if (unlink(path) != 0) {
+    if (unlinkat(directory, record.name, 0) != 0) {
         return; // pinned, or another sweep was faster
     }
     char object[1 + NAME_MAX + 1];
-    snprintf(object, sizeof object, "/%s", name);
+    snprintf(object, sizeof object, "/%s", record.name);
     shm_unlink(object);
 }
 
-/** Pins an open record; the attribute comes before the content, which is still in the buffer. */
-void pin(FILE* record, const char* path)
+/** Pins an open record. */
+void pin(int record, const char* path)
 {
     static constexpr const char* FUNCTION = "UpdateLocalSessionRecords";
     LOG_IN(
         FUNCTION, __LINE__, Debug, "[CleanupObsoleteLocalSessions] set immutable flag on file %s\n",
         path
     );
-    if (setInodeFlags(fileno(record), FS_IMMUTABLE_FL) != SUCCESS) {
+    if (setInodeFlags(record, FS_IMMUTABLE_FL) != SUCCESS) {
         ErrorText text = {};
         LOG_IN(
             FUNCTION, __LINE__, Error, "[UpdateLocalSessionRecords]  ioctl failed on %s: %s\n",
@@ -128,34 +190,47 @@ void pin(FILE* record, const char* path)
     }
 }
 
+/** Opens a record for writing, created or emptied; below 0 when that cannot be. */
+int openRecord(const char* path)
+{
+    return open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+}
+
 } // namespace
 
+// Records are judged in the order in which the directory yields them, and only the few that
+// something is to be done about are sorted: most sweeps find none, and sorting all would double
+// their cost.
 int CleanupObsoleteLocalSessions(const char* immutableOwner)
 {
-    if (directoryIsMissing()) {
-        return SUCCESS;
+    AUTO_CLOSE_DIR DIR* records = opendir(LOCAL_SESSION_DIRECTORY);
+    if (records == nullptr) {
+        return errno == ENOENT ? SUCCESS : -1;
     }
 
-    [[gnu::cleanup(releaseListing)]] Listing listing = {nullptr, 0};
-    listing.count = scandir(LOCAL_SESSION_DIRECTORY, &listing.entries, nullptr, alphasort);
-    if (listing.count < 0) {
-        return -1;
-    }
-
+    [[gnu::cleanup(releaseFindings)]] Findings findings = {};
+    const int directory = dirfd(records);
     const time_t now = time(nullptr);
-    for (int i = 0; i < listing.count; ++i) {
-        const dirent& entry = *listing.entries[i];
-        if (entry.d_type != DT_REG) {
-            continue;
+    int result = SUCCESS;
+    while (dirent* entry = readdir(records)) {
+        if (entry->d_type == DT_REG &&
+            !judge(&findings, directory, entry->d_name, immutableOwner, now)) {
+            result = -1; // no memory to note more: the next sweep finds it
+            break;
         }
-        char path[sizeof LOCAL_SESSION_DIRECTORY + 1 + NAME_MAX];
-        snprintf(path, sizeof path, "%s/%s", LOCAL_SESSION_DIRECTORY, entry.d_name);
-        if (immutableOwner != nullptr) {
-            unpinIfOwned(path, entry.d_name, immutableOwner);
-        }
-        removeIfExpired(path, entry.d_name, now);
     }
-    return SUCCESS;
+
+    qsort(findings.items, findings.count, sizeof(Finding), byName);
+    for (std::size_t i = 0; i < findings.count; ++i) {
+        const Finding& record = findings.items[i];
+        if (record.maybe_pinned) {
+            unpinIfOwned(record.name, immutableOwner);
+        }
+        if (record.expired) {
+            removeExpired(directory, record, now);
+        }
+    }
+    return result;
 }
 
 int UpdateLocalSessionRecords(const char* token, const char* username, const char* expires)
@@ -164,27 +239,30 @@ int UpdateLocalSessionRecords(const char* token, const char* username, const cha
         LOG(Error, "ERROR [syscmd:UpdateLocalSessionRecords] invalid input arguments\n");
         return -1;
     }
-    if (directoryIsMissing() && mkdir(LOCAL_SESSION_DIRECTORY, DIRECTORY_MODE) != 0) {
-        LOG(Error, "[UpdateLocalSessionRecords] mkdir %s failed; errno=%d\n",
-            LOCAL_SESSION_DIRECTORY, errno);
-        return -1;
-    }
     char path[RECORD_PATH_SIZE];
     const int length = snprintf(path, sizeof path, "%s/%s", LOCAL_SESSION_DIRECTORY, token);
     if (length < 0 || static_cast<std::size_t>(length) >= sizeof path) {
         return -1;
     }
 
-    {
-        AUTO_CLOSE_FILE FILE* record = fopen(path, "we");
-        if (record == nullptr) {
+    AUTO_CLOSE_FD int record = openRecord(path);
+    if (record < 0 && directoryIsMissing()) {
+        if (mkdir(LOCAL_SESSION_DIRECTORY, DIRECTORY_MODE) != 0) {
+            LOG(Error, "[UpdateLocalSessionRecords] mkdir %s failed; errno=%d\n",
+                LOCAL_SESSION_DIRECTORY, errno);
             return -1;
         }
-        fputs(username, record);
-        if (strcmp(expires, PINNED) == 0) {
-            pin(record, path);
-        }
+        record = openRecord(path);
     }
-    chmod(path, RECORD_MODE); // refused for a pinned record, which keeps the mode of its creation
+    if (record < 0) {
+        return -1;
+    }
+    if (strcmp(expires, PINNED) == 0) {
+        pin(record, path); // before the content: what is open may be written
+    }
+    [[maybe_unused]] const ssize_t written = write(record, username, strlen(username));
+    fchmod(
+        record, RECORD_MODE
+    ); // refused for a pinned record, which keeps the mode of its creation
     return SUCCESS;
 }

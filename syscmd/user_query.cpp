@@ -52,7 +52,7 @@ bool matches(const UserRecord& record, std::string_view username)
 /** Walks the records of a reply to the one that matches; logs each that does not. */
 int findMatch(const UserData& out, const char* username, const char* request, const char* reply)
 {
-    UserRecords records = {.reply = reply};
+    UserRecords records = {.cursor = reply};
     UserRecord record;
     bool empty = true;
     bool damaged = false;
