@@ -5,7 +5,7 @@
 #include "bench/bare_parts.h"
 #include "bench/bare_sessions.h"
 #include "common/common.h"
-#include "syscmd/mxl_texts.h"
+#include "common/mxl_texts.h"
 
 #include <fcntl.h>
 #include <strings.h>
@@ -58,8 +58,8 @@ void exchangeShown(const Text& request)
 void deleteUser(const char* username, const char* remote_name)
 {
     const BareUser user = queryUser(username);
-    exchange(format(DELETE_USER_TEXT, user.id.get()));
-    exchange(format(DEL_NET_TEXT, remote_name));
+    exchange(format(DELETE_USER_MXL_TEXT, user.id.get()));
+    exchange(format(MXL_TMPL_DEL_NET_TEXT, remote_name));
 }
 
 /** The two hashes of a pair, in its decoded text. */
@@ -89,7 +89,7 @@ void addUser(ITransaction& transaction, std::string& response)
         hashes.system, hashes.text.get(), email.c_str()
     );
     exchange(format(
-        ADD_USER_TEXT, "User", username.c_str(), hashes.text.get(), hashes.system, "sky-hold",
+        ADD_USER_MXL_TEXT, "User", username.c_str(), hashes.text.get(), hashes.system, "sky-hold",
         email.c_str()
     ));
     transaction.setCode(CODE_SUCCEED);
@@ -100,7 +100,7 @@ void addUser(ITransaction& transaction, std::string& response)
 void addRemoteUser(ITransaction& transaction, std::string& response)
 {
     const std::string username = parameter(transaction, 1);
-    exchangeShown(format(ADD_NET_TEXT, "", username.c_str()));
+    exchangeShown(format(MXL_TMPL_ADD_NET_TEXT, "", username.c_str()));
     transaction.setCode(CODE_SUCCEED);
     response = "success";
     BARE_DEBUG("[syscmd:AddRemoteUserHandler] :AddRemoteUser %s success\n", username.c_str());
@@ -119,7 +119,7 @@ void deleteAccount(ITransaction& transaction, std::string& response)
 void unregister(ITransaction& transaction, std::string& /*response*/)
 {
     BARE_DEBUG("DEBUG:%s:%d Unregister\n", "unregister.cpp", 1190);
-    exchange(format(UNREGISTER_USER_TEXT));
+    exchange(format(UNREGISTER_USER_MXL_TEXT));
     transaction.setCode(CODE_NOREPLY);
     BARE_INFO("[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
 }
@@ -144,8 +144,8 @@ void changeUser(
         email, hashes.text.get(), hashes.system, group, email, p2p
     );
     exchangeShown(format(
-        RENAME_ACCOUNT_WITH_P2P_USERNAME_TEXT, owner.get(), id, id, id, email, hashes.text.get(),
-        hashes.system, group, email, p2p
+        RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_TEXT, owner.get(), id, id, id, email,
+        hashes.text.get(), hashes.system, group, email, p2p
     ));
 }
 

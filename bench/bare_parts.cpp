@@ -2,7 +2,7 @@
 
 #include "common/bwdclient.h"
 #include "common/common.h"
-#include "syscmd/mxl_texts.h"
+#include "common/mxl_texts.h"
 
 #include <fcntl.h>
 #include <grp.h>
@@ -86,7 +86,7 @@ bool succeeded(const Text& reply)
 BareUser queryUser(const char* username)
 {
     BARE_DEBUG("syscmd:GetID: username=%s\n", username);
-    const Text request = format(GET_USER_DATA_TEXT, "", username, "");
+    const Text request = format(GET_USER_DATA_MXL_TEXT, "", username, "");
     const Text reply = send(request);
     if (!succeeded(reply)) {
         return {};
@@ -161,7 +161,7 @@ Text systemId(const char* username)
 
 bool isMember(const char* login)
 {
-    const Text reply = send(format(LOCK_QUERY_TEXT, login));
+    const Text reply = send(format(GET_USER_DATA_MXL_TEXT, "", login, ""));
     const char* text = reply.get();
     const bool locked = between(text, "<IsLocked>", "</IsLocked>") != "0";
     const Text name = copyOf(between(text, "<User_Name><![CDATA[", "]]></User_Name>"));

@@ -2,8 +2,8 @@
 
 #include "common/common.h"
 #include "common/cut.h"
+#include "common/format_template.h"
 #include "common/io.h"
-#include "common/mxl_texts.h"
 #include "common/owned_text.h"
 #include "common/system_accounts.h"
 #include "liblst/liblst.h"
@@ -145,7 +145,7 @@ int isLocked(const char* user, char** name)
         return 1;
     }
 
-    AUTO_FREE char* request = String(LOCK_QUERY_TEXT, user);
+    AUTO_FREE char* request = FORMAT_TEMPLATE(GET_USER_DATA_MXL, "", user, "");
     if (request == nullptr) {
         return 1;
     }

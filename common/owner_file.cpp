@@ -6,7 +6,6 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <string_view>
 
 namespace {
 
@@ -27,73 +26,41 @@ readCommandLine(char* line, int line_size, const char* format, ...)
     return pipe != nullptr && fgets(line, line_size, pipe) != nullptr;
 }
 
-void appendElement(std::string& text, std::string_view name, std::string_view value)
-{
-    text.append("<").append(name).append(">").append(value);
-    text.append("</").append(name).append(">");
-}
-
-/** Appends what device this is; false when a value is missing. */
-bool appendDevice(std::string& text)
-{
-    struct Element {
-        const char* name;
-        const char* key;
-    };
-    constexpr Element ELEMENTS[] = {
-        {"model", "Model"},
-        {"firmware_id", "Firmware_Version"},
-        {"firmware_time", "Firmware_Time"},
-        {"serial", "Serial"},
-    };
-    std::string value;
-    for (const auto& [name, key] : ELEMENTS) {
-        if (!readBoxwellInfoValue(key, value)) {
-            return false;
-        }
-        appendElement(text, name, value);
-    }
-    return true;
-}
+/** One element of the file whose value may be left out, tags and all. */
+struct OptionalElement {
+    const char* begin = "";
+    const char* value = "";
+    const char* end = "";
+};
 
 } // namespace
 
-bool readBoxwellInfoValue(const std::string& key, std::string& value)
+bool readBoxwellInfoValue(const char* key, DeviceValue& value)
 {
-    char line[1024];
-    if (!readCommandLine(line, sizeof line, "boxwellinfo %s", key.c_str())) {
+    if (!readCommandLine(value, sizeof value, "boxwellinfo %s", key)) {
         return false;
     }
-
-    std::string_view text = line;
-    text = text.substr(0, text.find_last_not_of("\r\n") + 1);
-    if (text.empty() || text.find("ERROR:") != text.npos || text.find("error:") != text.npos) {
-        return false;
+    std::size_t length = strlen(value);
+    while (length > 0 && (value[length - 1] == '\n' || value[length - 1] == '\r')) {
+        value[--length] = '\0';
     }
-    value = text;
-    return true;
+    return length > 0 && strstr(value, "ERROR:") == nullptr && strstr(value, "error:") == nullptr;
 }
 
-bool readXid(std::string& xid)
+bool readXid(AgentId& xid)
 {
-    char line[256];
     if (!readCommandLine(
-            line, sizeof line, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
+            xid, sizeof xid, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
         )) {
         return false;
     }
-
     // The id ends at the first blank or line end, wherever it stands.
-    line[strcspn(line, " \r\n")] = '\0';
-    if (line[0] == '\0') {
-        return false;
-    }
-    xid = line;
-    return true;
+    xid[strcspn(xid, " \r\n")] = '\0';
+    return xid[0] != '\0';
 }
 
 int createOwnerFile(
-    bool use_linkhub, const std::string& sso_username, const char* p2p_username, const char* path
+    bool use_linkhub, const char* sso_username, const char* p2p_username, const char* path
 )
 {
     // Opened, and so emptied, before anything is known: an owner file that cannot be completed is
@@ -103,19 +70,41 @@ int createOwnerFile(
         return -1;
     }
 
-    std::string text = "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration>";
-    appendElement(text, "owner", sso_username);
-    if (!appendDevice(text)) {
+    DeviceValue model;
+    DeviceValue firmware_id;
+    DeviceValue firmware_time;
+    DeviceValue serial;
+    if (!readBoxwellInfoValue("Model", model) ||
+        !readBoxwellInfoValue("Firmware_Version", firmware_id) ||
+        !readBoxwellInfoValue("Firmware_Time", firmware_time) ||
+        !readBoxwellInfoValue("Serial", serial)) {
         unlink(path);
         return -3;
     }
-    std::string xid;
+
+    AgentId xid;
+    OptionalElement agent;
     if (use_linkhub && readXid(xid)) {
-        appendElement(text, "link_agent_id", xid);
+        agent = {"<link_agent_id>", xid, "</link_agent_id>"};
     }
+    OptionalElement remote_owner;
     if (p2p_username != nullptr) {
-        appendElement(text, "p2powner", p2p_username);
+        remote_owner = {"<p2powner>", p2p_username, "</p2powner>"};
     }
-    text += "</registration>";
-    return fputs(text.c_str(), file) < 0 ? -4 : SUCCESS;
+    // Straight into the stream: the file is empty now, and must not stay so for want of memory.
+    const int written = fprintf(
+        file,
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration>"
+        "<owner>%s</owner>"
+        "<model>%s</model>"
+        "<firmware_id>%s</firmware_id>"
+        "<firmware_time>%s</firmware_time>"
+        "<serial>%s</serial>"
+        "%s%s%s"
+        "%s%s%s"
+        "</registration>",
+        sso_username, model, firmware_id, firmware_time, serial, agent.begin, agent.value,
+        agent.end, remote_owner.begin, remote_owner.value, remote_owner.end
+    );
+    return written < 0 ? -4 : SUCCESS;
 }

@@ -3,6 +3,7 @@
 #include "common/common.h"
 #include "common/io.h"
 #include "liblst/owned.h"
+#include "liblst/whole_file.h"
 #include "syscmd/inode_flags.h"
 
 #include <fcntl.h>
@@ -78,7 +79,7 @@ int UpdateLocalSessionRecords(const char* token, const char* username, const cha
     if (strcmp(expires, PINNED) == 0) {
         pin(record, path); // before the content: what is open may be written
     }
-    [[maybe_unused]] const ssize_t written = write(record, username, strlen(username));
+    writeAll(record, username, strlen(username));
     fchmod(
         record, RECORD_MODE
     ); // refused for a pinned record, which keeps the mode of its creation

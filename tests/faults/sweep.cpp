@@ -1,0 +1,269 @@
+#include "tests/faults/sweep.h"
+
+#include "devkit/broker/transaction.h"
+
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+#include <regex>
+
+extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
+
+namespace {
+
+constexpr unsigned TRIAL_SECONDS = 20;
+using Facts = std::vector<std::string>;
+
+/** What the processes of the loop share with the one that reports. */
+struct Report {
+    char found[1 << 16];
+    std::size_t length;
+    Fault trial;
+    long trials[64];
+    bool forced[64];
+    bool said[64];
+};
+Report& report()
+{
+    static void* shared = mmap(nullptr, sizeof(Report), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *static_cast<Report*>(shared);
+}
+
+struct Outcome {
+    TTransactionCode code = CODE_UNDEFINED;
+    std::vector<std::string> responses;
+    Facts files;
+    Facts requests;
+    bool threw = false;
+    bool struck = false;
+    long kept = 0; // resources, and descriptors
+};
+
+Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransaction*))
+{
+    prepareDevice(variant.sessions, variant.owner_file, variant.refused);
+    Outcome outcome;
+    const int descriptors = openDescriptors();
+    const long resources = liveResources();
+    {
+        Transaction transaction({variant.words, variant.as ? std::optional<std::string>(variant.as) : std::nullopt, 7});
+        try {
+            outcome.struck = withFault(fault, [&] { execute(&transaction); });
+        } catch (...) {
+            outcome.threw = outcome.struck = true;
+        }
+        const Aside aside;
+        outcome.code = transaction.getCode();
+        outcome.responses = transaction.responses();
+    }
+    outcome.kept = liveResources() - resources + openDescriptors() - descriptors;
+    outcome.files = fileFacts();
+    outcome.requests = requestFacts();
+    const bool out_of_memory = outcome.struck && fault.error == ENOMEM;
+    const std::string log = out_of_memory ? logFile() : "";
+    for (std::size_t i = 0; out_of_memory && i < STATEMENTS.size(); ++i) {
+        report().said[i] = report().said[i] || log.find(STATEMENTS[i]) != log.npos;
+    }
+    return outcome;
+}
+
+/** The facts of `some` that `others` do not hold, `mark` before each. */
+std::string lacking(Facts some, Facts others, const char* mark, const char* of_kind = "")
+{
+    std::sort(some.begin(), some.end());
+    std::sort(others.begin(), others.end());
+    Facts lacking;
+    std::set_difference(some.begin(), some.end(), others.begin(), others.end(), std::back_inserter(lacking));
+    std::string text;
+    for (const std::string& fact : lacking) {
+        text += fact.starts_with(of_kind) ? mark + fact + "; " : "";
+    }
+    return text;
+}
+
+/** Whether the requests that both made came in the same order. */
+bool inOrder(const Facts& requests, const Facts& golden)
+{
+    auto at = golden.begin();
+    for (const std::string& request : requests) {
+        const auto next = std::find(at, golden.end(), request);
+        at = next != golden.end() ? next + 1 : at;
+        if (next == golden.end() && std::find(golden.begin(), golden.end(), request) != golden.end()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** What was done otherwise than without the fault. A failure may leave undone what it likes, and the
+ * files as they were; what was refused was not done. */
+std::string difference(const Outcome& outcome, const Outcome& golden, const Facts& files_before)
+{
+    const bool failed = outcome.code == CODE_FAILED;
+    Facts allowed = golden.requests;
+    for (const std::string& fact : golden.requests) {
+        if (failed && fact.starts_with("did ")) {
+            allowed.push_back("asked " + fact.substr(4));
+        }
+    }
+    std::string text = failed ? "" : lacking(golden.requests, outcome.requests, "-", "did");
+    if (!failed || outcome.files != files_before) {
+        text += lacking(golden.files, outcome.files, "-") + lacking(outcome.files, golden.files, "+");
+    }
+    text += lacking(outcome.requests, allowed, "+");
+    return text.substr(0, text.size() - std::min<std::size_t>(text.size(), 2));
+}
+
+bool isForced(const Variant& variant, const Fault& fault, TTransactionCode code, const std::string& difference)
+{
+    const auto matches = [](const std::string& text, const char* pattern) {
+        return std::regex_match(text, std::regex(pattern));
+    };
+    bool is_forced = false;
+    for (std::size_t i = 0; i < FORCED.size(); ++i) {
+        const Forced& forced = FORCED[i];
+        if (forced.code == code && matches(variant.name, forced.variants) && matches(fault.kind, forced.kinds) &&
+            matches(difference, forced.difference)) {
+            report().forced[i] = is_forced = true;
+        }
+    }
+    return is_forced;
+}
+
+void judge(
+    const Variant& variant, const Fault& fault, const Outcome& outcome, const Outcome& golden, const Facts& before)
+{
+    const bool exhausted = fault.onward && outcome.code == CODE_FAILED;
+    if (outcome.threw) {
+        found("an exception left execute");
+    } else if (outcome.responses.size() != 1 && !(exhausted && outcome.responses.empty())) {
+        found(std::to_string(outcome.responses.size()) + " responses");
+    }
+    if (outcome.kept != 0) {
+        found(std::to_string(outcome.kept) + " resources were left behind");
+    }
+    if (!inOrder(outcome.requests, golden.requests)) {
+        found("requests out of order");
+    }
+    const std::string differs = difference(outcome, golden, before);
+    const bool same_answer = outcome.code == golden.code && outcome.responses == golden.responses;
+    if (outcome.code != golden.code && outcome.code != CODE_FAILED) {
+        if (!isForced(variant, fault, outcome.code, differs)) {
+            found("admitted what is else refused, code " + std::to_string(outcome.code) + ": " + differs);
+        }
+    } else if (outcome.code != CODE_FAILED && !same_answer) {
+        found("another answer: " + outcome.responses.front());
+    } else if (outcome.code == CODE_FAILED && outcome.responses == Facts{"success"}) {
+        found("failed, and says success");
+    } else if (!differs.empty() && !isForced(variant, fault, outcome.code, differs)) {
+        found("code " + std::to_string(outcome.code) + ": " + differs);
+    }
+    if (!outcome.struck && !(same_answer && differs.empty())) {
+        found("not as without a fault, though none struck: " + differs);
+    }
+}
+
+} // namespace
+
+long trialsOf(std::size_t kind)
+{
+    return report().trials[kind];
+}
+bool occurred(std::size_t forced)
+{
+    return report().forced[forced];
+}
+bool wasSaid(std::size_t statement)
+{
+    return report().said[statement];
+}
+
+void beginTrial(const Fault& fault)
+{
+    alarm(TRIAL_SECONDS);
+    report().trial = fault;
+    for (std::size_t i = 0; i < KINDS.size(); ++i) {
+        report().trials[i] += KINDS[i].name == fault.kind ? 1 : 0;
+    }
+}
+
+void found(const std::string& what)
+{
+    Report& shared = report();
+    const std::string line = nameOf(shared.trial) + ": " + what + '\n';
+    if (shared.length + line.size() < sizeof shared.found) {
+        std::memcpy(shared.found + shared.length, line.data(), line.size());
+        shared.length += line.size();
+    }
+}
+
+std::string isolated(const std::function<void()>& work)
+{
+    report().length = 0;
+    report().trial = {};
+    const pid_t child = fork();
+    if (child == 0) {
+        work();
+        alarm(0);
+        if (__lsan_do_recoverable_leak_check != nullptr && strcmp(getenv("DEVICE_WAY"), "proot") != 0 &&
+            __lsan_do_recoverable_leak_check() != 0) {
+            found("memory has leaked");
+        }
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (status != 0) {
+        found("ended the process, status " + std::to_string(status));
+    }
+    return {report().found, report().length};
+}
+
+void everyFault(const std::function<bool(const Fault&)>& trial)
+{
+    for (const Kind& kind : KINDS) {
+        for (const int error : kind.errors) {
+            for (const bool onward : {false, true}) {
+                if (onward && &kind != &KINDS.front()) {
+                    continue; // only memory stays exhausted
+                }
+                Fault fault = {kind.name, error, 1, onward, 0};
+                for (bool struck = true; struck; ++fault.nth) {
+                    fault.kept = 0;
+                    struck = trial(fault);
+                    while (error == CUT && struck && (++fault.kept, trial(fault))) {
+                    }
+                }
+            }
+        }
+    }
+}
+
+std::string sweep(const Variant& variant, void (*execute)(ITransaction*))
+{
+    return isolated([&] {
+        shell_is_replayed = true;
+        prepareDevice(variant.sessions, variant.owner_file, variant.refused);
+        const Facts before = fileFacts();
+        run(variant, {}, execute); // warms up
+        const Outcome golden = run(variant, {}, execute);
+        if (golden.code != variant.code || golden.responses != Facts{variant.response}) {
+            found("without a fault: code " + std::to_string(golden.code) + ' ' + lacking(golden.responses, {}, ""));
+            return;
+        }
+        everyFault([&](const Fault& fault) {
+            beginTrial(fault);
+            const Outcome outcome = run(variant, fault, execute);
+            judge(variant, fault, outcome, golden, before);
+            if (fault.kept % 16 == 0) { // the next command finds nothing of it
+                judge(variant, {}, run(variant, {}, execute), golden, before);
+            }
+            return outcome.struck;
+        });
+    });
+}
