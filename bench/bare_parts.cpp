@@ -18,14 +18,13 @@ namespace {
 /** A walk that only goes forward: each search begins where the one before ended. */
 struct Walk {
     const char* at;
-    const char* end;
 
-    /** Moves behind the next mark; false, at the end, when there is none. */
+    /** Moves behind the next mark; false, where it was, when there is none. By strstr, for which
+     * the C library is quickest. */
     bool to(std::string_view mark)
     {
-        const void* found =
-            memmem(at, static_cast<std::size_t>(end - at), mark.data(), mark.size());
-        at = found == nullptr ? end : static_cast<const char*>(found) + mark.size();
+        const char* found = std::strstr(at, mark.data());
+        at = found == nullptr ? at : found + mark.size();
         return found != nullptr;
     }
 
@@ -40,9 +39,9 @@ struct Walk {
 
 } // namespace
 
-std::string_view between(std::string_view text, std::string_view begin, std::string_view end)
+std::string_view between(const char* text, std::string_view begin, std::string_view end)
 {
-    Walk walk = {text.data(), text.data() + text.size()};
+    Walk walk = {text};
     walk.to(begin);
     return walk.upTo(end);
 }
@@ -93,7 +92,7 @@ BareUser queryUser(const char* username)
         return {};
     }
     const std::string_view wanted = username;
-    Walk walk = {reply.get(), reply.get() + std::strlen(reply.get())};
+    Walk walk = {reply.get()};
     // An element that none of the records has is searched for once.
     const bool has_email = std::strstr(reply.get(), "<Email_Address>") != nullptr;
     while (walk.to("<User id=")) {
@@ -163,7 +162,7 @@ Text systemId(const char* username)
 bool isMember(const char* login)
 {
     const Text reply = send(format(GET_USER_DATA_MXL_TEXT, "", login, ""));
-    const std::string_view text = reply.get();
+    const char* text = reply.get();
     const bool locked = between(text, "<IsLocked>", "</IsLocked>") != "0";
     const Text name = copyOf(between(text, "<User_Name><![CDATA[", "]]></User_Name>"));
     if (locked) {

@@ -11,7 +11,7 @@
 #include <string_view>
 
 /** What lies between two marks, from the first `begin` on; both are there. */
-std::string_view between(std::string_view text, std::string_view begin, std::string_view end);
+std::string_view between(const char* text, std::string_view begin, std::string_view end);
 
 Text copyOf(std::string_view text);
 

@@ -9,10 +9,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <vector>
 
 namespace {
 
@@ -39,34 +41,47 @@ void removeRecord(int directory, const char* name, time_t modified, time_t now)
     shm_unlink(object);
 }
 
+struct Expired {
+    std::string name;
+    time_t modified;
+};
+
 } // namespace
 
-Swept bareSweep(const char* pin_owner)
+void bareSweep(const char* pin_owner, Removal order)
 {
-    Swept swept;
     DIR* records = opendir(LOCAL_SESSION_DIRECTORY);
     if (records == nullptr) {
-        return swept;
+        return;
     }
     const int directory = dirfd(records);
     const time_t now = time(nullptr);
+    std::vector<Expired> expired;
     while (const dirent* entry = readdir(records)) {
         if (entry->d_type != DT_REG) {
             continue;
         }
-        ++swept.seen;
         struct stat status = {};
         if (pin_owner != nullptr && belongsTo(directory, entry->d_name, pin_owner)) {
             std::abort();
         }
         fstatat(directory, entry->d_name, &status, 0);
-        if (now - status.st_mtime > 86400) {
-            ++swept.removed;
+        if (now - status.st_mtime <= 86400) {
+            continue;
+        }
+        if (order == Removal::AtOnce) {
             removeRecord(directory, entry->d_name, status.st_mtime, now);
+        } else {
+            expired.push_back({entry->d_name, status.st_mtime});
         }
     }
+    std::sort(expired.begin(), expired.end(), [](const Expired& one, const Expired& other) {
+        return std::strcoll(one.name.c_str(), other.name.c_str()) < 0;
+    });
+    for (const Expired& record : expired) {
+        removeRecord(directory, record.name.c_str(), record.modified, now);
+    }
     closedir(records);
-    return swept;
 }
 
 void bareRecord(const std::string& token, const std::string& username)

@@ -19,7 +19,10 @@ void Frame::fail(const std::string& what)
 void Frame::measure(const Case& about, const Batch& ours, const Batch& peer)
 {
     const Spread spread = measureRatio(about, ours, peer);
-    table.push_back({about.name, about.against, spread.median, spread.low, spread.high, about.goal}
+    char remark[32];
+    std::snprintf(remark, sizeof remark, "%.3g us", spread.seconds * 1e6);
+    table.push_back(
+        {about.name, about.against, spread.median, spread.low, spread.high, about.goal, remark}
     );
     print(table.back());
 }
@@ -43,7 +46,7 @@ void Frame::count(
 {
     const double ratio = floor > 0 ? ours / floor : 1 + ours;
     char remark[64];
-    std::snprintf(remark, sizeof remark, "%.0f / %.0f", ours, floor);
+    std::snprintf(remark, sizeof remark, "%.0f of %.0f", ours, floor);
     table.push_back({name, against, ratio, ratio, ratio, goal, remark});
     print(table.back());
     if (options.check_only && !meetsGoal(table.back())) {

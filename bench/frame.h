@@ -17,7 +17,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 /** How the program was called. */
 struct Options {
@@ -31,12 +33,13 @@ struct Case {
     std::string name;
     std::string against;
     double goal = 0;                        // the largest ratio wanted; 0: reported only
+    bool keep = false;                      // releasing the results is not timed
     std::function<void()> before_each = {}; // untimed; makes every batch one call
     std::size_t rounds = 0;                 // pairs of batches; 0: as many as half a second takes
 };
 
-/** Runs work this many times. */
-using Batch = std::function<void(std::size_t)>;
+/** Runs work this many times; what it returns is released untimed. */
+using Batch = std::function<std::shared_ptr<void>(std::size_t)>;
 
 /** Work on a problem of a given size. */
 using Sized = std::function<std::function<void()>(std::size_t)>;
@@ -65,7 +68,7 @@ class Frame {
         if (!same(mine, other)) {
             fail(about.name + ": the results of " + about.against + " differ");
         } else if (!options.check_only) {
-            measure(about, repeat(ours), repeat(peer));
+            measure(about, repeat(about, ours), repeat(about, peer));
         }
     }
 
@@ -85,13 +88,25 @@ class Frame {
     int finish() const;
 
   private:
-    template<typename Work> static Batch repeat(Work work)
+    template<typename Work> static Batch repeat(const Case& about, Work work)
     {
-        return [work](std::size_t times) {
+        using Result = decltype(work());
+        if (about.keep) {
+            return [work](std::size_t times) {
+                const auto results = std::make_shared<std::vector<Result>>();
+                results->reserve(times);
+                for (std::size_t i = 0; i < times; ++i) {
+                    results->push_back(work());
+                }
+                return results;
+            };
+        }
+        return [work](std::size_t times) -> std::shared_ptr<void> {
             for (std::size_t i = 0; i < times; ++i) {
                 auto result = work();
                 benchmark::DoNotOptimize(result);
             }
+            return nullptr;
         };
     }
 

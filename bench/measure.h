@@ -8,6 +8,7 @@ struct Spread {
     double median;
     double low;
     double high;
+    double seconds; // of one piece of our work, for orientation
 };
 
 /** The ratio of the processor time of `ours` to that of `peer`, from pairs of batches in turn. */

@@ -118,9 +118,8 @@ int isOwner(const char* user)
         return 0;
     }
     const std::string_view owner = cut(file, "<owner>", "</owner>");
-    const std::string_view remote_owner = cut(file, "<p2powner>", "</p2powner>");
     return sameIgnoringCase(owner.substr(0, MAX_USERNAME_LENGTH), user) ||
-           sameIgnoringCase(remote_owner, user);
+           sameIgnoringCase(cut(file, "<p2powner>", "</p2powner>"), user);
 }
 
 int isUserInGroup(const char* user, const char* group)

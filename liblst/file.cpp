@@ -10,9 +10,6 @@
 
 #include <cstring>
 
-namespace {
-
-/** Writes all of `text`, waiting while the descriptor takes nothing. */
 bool writeAll(int fd, const char* text, std::size_t length)
 {
     const int error = errno;
@@ -27,8 +24,6 @@ bool writeAll(int fd, const char* text, std::size_t length)
     }
     return true;
 }
-
-} // namespace
 
 EXPORTED char* ptGetFileContent(const int fn)
 {

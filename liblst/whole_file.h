@@ -1,4 +1,4 @@
-/** Reading a descriptor to its end. */
+/** Reading a descriptor to its end, and writing all of a text. */
 #pragma once
 
 #include <sys/types.h>
@@ -32,3 +32,10 @@ char* readToEnd(int fd, OnReadError on_error);
  * @return 0; -1 when it cannot be opened or closed, and when readToEnd() gives null
  */
 int readFile(char** content, const char* path, OnReadError on_error);
+
+/**
+ * Writes all of a text, however many writes it takes; tried again as readToEnd() reads again.
+ *
+ * @return false, with errno, when a write fails
+ */
+bool writeAll(int fd, const char* text, std::size_t length);
