@@ -4,7 +4,11 @@
 #include <cstdlib>
 
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// Of sanitizer/allocator_interface.h, which g++ does not bring along.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(
+    void (*on_malloc)(const volatile void* block, std::size_t size),
+    void (*on_free)(const volatile void* block)
+);
 #endif
 
 namespace {
