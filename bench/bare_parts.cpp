@@ -102,7 +102,7 @@ BareUser queryUser(const char* username)
         const std::string_view name = walk.upTo("]]></User_Name>");
         walk.to("<Group_Name><![CDATA[");
         const std::string_view group = walk.upTo("]]></Group_Name>");
-        std::string_view email;
+        std::string_view email = "";
         if (has_email) {
             walk.to("<Email_Address><![CDATA[");
             email = walk.upTo("]]></Email_Address>");

@@ -13,6 +13,7 @@ void benchStrings(Frame& frame);
 void benchFiles(Frame& frame);
 void benchLines(Frame& frame);
 void benchConfig(Frame& frame);
+void benchLoad(Frame& frame);
 
 /** What `bench --instructions` does: each operation, then its floor, each in a dump of its own. */
 void runUnderCallgrind();

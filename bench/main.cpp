@@ -40,5 +40,6 @@ int main(int argc, char** argv)
     benchFiles(frame);
     benchLines(frame);
     benchConfig(frame);
+    benchLoad(frame);
     return frame.finish();
 }

@@ -21,7 +21,7 @@ const char* mark(const Row& row)
 void printHead()
 {
     std::printf(
-        "%-44s %-28s %6s %-15s %5s  %s\n", "case", "against", "ratio", "[quartiles]", "goal", ""
+        "%-46s %-30s %6s %-15s %5s  %s\n", "case", "against", "ratio", "[quartiles]", "goal", ""
     );
 }
 
@@ -36,7 +36,7 @@ void print(const Row& row)
         std::snprintf(goal, sizeof goal, "%.2f", row.goal);
     }
     std::printf(
-        "%-44s %-28s %6.3f %-15s %5s  %s%s%s\n", row.name.c_str(), row.against.c_str(), row.ratio,
+        "%-46s %-30s %6.3f %-15s %5s  %s%s%s\n", row.name.c_str(), row.against.c_str(), row.ratio,
         spread, goal, mark(row), row.remark.empty() ? "" : ": ", row.remark.c_str()
     );
     std::fflush(stdout);

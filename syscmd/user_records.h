@@ -27,7 +27,8 @@ struct FieldPosition {
 
 /** A walk over the records of a reply, which must outlive it. */
 struct UserRecords {
-    const char* cursor; // the reply, then the last record
+    const char* cursor;        // the reply, then the last record
+    const char* end = nullptr; // the reply's, once it is known
     MarkerPosition start = {"<User id="};
     FieldPosition id = {{"<User_Id>"}, {"</User_Id>"}};
     FieldPosition group = {{"<Group_Name><![CDATA["}, {"]]></Group_Name>"}};
