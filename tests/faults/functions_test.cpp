@@ -5,9 +5,9 @@
 #include "tests/faults/sweep.h"
 #include "tests/liblst/support.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -36,7 +36,7 @@ std::string joined(char** list)
     }
     return all;
 }
-std::string outcome(long result, const std::string& after)
+std::string with(long result, const std::string& after)
 {
     return std::to_string(result) + ' ' + after;
 }
@@ -44,8 +44,7 @@ std::string outcome(long result, const std::string& after)
 char** oldList()
 {
     char** list = nullptr;
-    lstPush(&list, "old");
-    lstPush(&list, "value");
+    mapPush(&list, "old", "value");
     return list;
 }
 const TempFile& file()
@@ -56,117 +55,114 @@ const TempFile& file()
 }
 std::string lockLeft()
 {
-    const std::string path = std::string(file().path) + ".lock";
-    return unlink(path.c_str()) == 0 ? "left" : "";
+    return unlink((std::string(file().path) + ".lock").c_str()) == 0 ? "left" : "";
 }
 
-const struct {
+/** Forgets what lines are pending. */
+void drain()
+{
+    const TempFile ends("");
+    for (char* row = nullptr; readFileRow(&row, ends.fd) > 0;) {
+        std::free(row);
+    }
+}
+
+struct Function {
     const char* name;
     std::string (*call)();
     const char* whole;
     const char* failed;
-} FUNCTIONS[] = {
-    {"lstPush",
-        [] {
-            char** list = oldList();
-            const auto at = ARMED(lstPush(&list, "new"));
-            return outcome(at, joined(list));
-        },
-        "2 old value new ", "-1 old value "},
-    {"lstPush, the first",
-        [] {
-            char** list = nullptr;
-            const auto at = ARMED(lstPush(&list, "new"));
-            return outcome(at, joined(list));
-        },
-        "0 new ", "-1 "},
-    {"lstSplitStr", [] { return joined(ARMED(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"))); },
-        "1 2 3 4 5 6 7 8 9 0 1 2 3 4 5 6 ", ""},
+};
+// Functions that return a list or a string; those that change one; and those with an out-argument.
+#define LIST(call, whole)                                                                                              \
+    {                                                                                                                  \
+#call, [] {                                                                                                    \
+            return joined(ARMED(call));                                                                                \
+        }, whole, ""                                                                                                   \
+    }
+#define TEXT(call, whole)                                                                                              \
+    {                                                                                                                  \
+#call, [] {                                                                                                    \
+            return text(ARMED(call));                                                                                  \
+        }, whole, "(null)"                                                                                             \
+    }
+#define CHANGE(call, before, after, whole, failed)                                                                     \
+    {                                                                                                                  \
+#call, [] {                                                                                                    \
+            auto it = before;                                                                                          \
+            const auto result = ARMED(call);                                                                           \
+            return with(result, after(it));                                                                            \
+        }, whole, failed                                                                                               \
+    }
+#define OUT(call, whole)                                                                                               \
+    {                                                                                                                  \
+#call, [] {                                                                                                    \
+            char* it = nullptr;                                                                                        \
+            const auto result = ARMED(call);                                                                           \
+            return with(result, text(it));                                                                             \
+        }, whole, "-1 (null)"                                                                                          \
+    }
+
+const Function FUNCTIONS[] = {
+    CHANGE(lstPush(&it, "new"), oldList(), joined, "2 old value new ", "-1 old value "),
+    CHANGE(lstPush(&it, "new"), static_cast<char**>(nullptr), joined, "0 new ", "-1 "),
+    CHANGE(mapPush(&it, "k", "v"), oldList(), joined, "3 old value k v ", "-1 old value "),
+    CHANGE(replaceStrFormat(&it, "l", "%d", 1), strdup("old"), text, "0 o1d", "-1 old"),
+    LIST(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"), "1 2 3 4 5 6 7 8 9 0 1 2 3 4 5 6 "),
+    LIST(readConfig(file().path), "key value other 1 "),
     {"lstEgrep",
         [] {
             const char* list[] = {"a", "b", "ab", nullptr};
             return joined(ARMED(lstEgrep(list, "a")));
         },
         "a ab ", ""},
-    {"lstReadDir", [] { return outcome(joined(ARMED(lstReadDir("/proc/self/task"))).empty(), ""); }, "0 ", "1 "},
-    {"mapPush",
-        [] {
-            char** map = oldList();
-            const auto at = ARMED(mapPush(&map, "k", "v"));
-            return outcome(at, joined(map));
-        },
-        "3 old value k v ", "-1 old value "},
     {"getMapValues",
         [] {
             char** map = oldList();
-            char** values = ARMED(getMapValues(map, "old"));
-            return joined(map) + joined(values);
+            char** found = ARMED(getMapValues(map, "old"));
+            return joined(map) + joined(found);
         },
         "old value value ", "old value "},
-    {"ptReplaceStr", [] { return text(ARMED(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"))); }, "bbbbbbbbbbbbbbbbb",
-        "(null)"},
-    {"ptReplaceStr, nothing", [] { return text(ARMED(ptReplaceStr("a", "", "b"))); }, "ab", "(null)"},
-    {"replaceStrFormat",
-        [] {
-            char* string = strdup("old");
-            const int result = ARMED(replaceStrFormat(&string, "l", "%d", 1));
-            return outcome(result, text(string));
-        },
-        "0 o1d", "-1 old"},
-    {"ptCutStr", [] { return text(ARMED(ptCutStr("a<b>", "<", ">"))); }, "b", "(null)"},
-    {"ptCutStr, nothing", [] { return text(ARMED(ptCutStr("a", "<", ">"))); }, "", "(null)"},
-    {"String", [] { return text(ARMED(String("%s", "text"))); }, "text", "(null)"},
-    {"Strdup", [] { return text(ARMED(Strdup("text"))); }, "text", "(null)"},
-    {"ptGetFileContent", [] { return text(ARMED(ptGetFileContent(file().fd))); }, "key = value\nother = 1\n", "(null)"},
-    {"getFileContentFormat",
-        [] {
-            char* content = nullptr;
-            const int result = ARMED(getFileContentFormat(&content, "%s", file().path));
-            return outcome(result, text(content));
-        },
-        "0 key = value\nother = 1\n", "-1 (null)"},
-    {"writeToFileFormat",
-        [] {
-            const TempFile target("");
-            return outcome(ARMED(writeToFileFormat(target.fd, "%s", "text")), "");
-        },
-        "0 ", "-1 "},
-    {"getShellContentFormat",
-        [] {
-            char* content = nullptr;
-            const int result = ARMED(getShellContentFormat(&content, "printf %%3000d 1"));
-            return outcome(result, std::to_string(text(content).size()));
-        },
-        "0 3000", "-1 6"},
-    {"executeShellFormat", [] { return outcome(ARMED(executeShellFormat("exit %d", 0)), ""); }, "0 ", "-1 "},
-    {"readFileRow",
-        [] {
-            char* row = nullptr;
-            const TempFile ends("");
-            const auto result = ARMED(readFileRow(&row, file().fd));
-            for (char* rest = nullptr; readFileRow(&rest, ends.fd) > 0;) {
-                std::free(rest);
-            }
-            return outcome(result, text(row));
-        },
-        "12 key = value", "-1 (null)"},
+    {"lstReadDir", [] { return with(joined(ARMED(lstReadDir("/proc/self/task"))).empty(), ""); }, "0 ", "1 "},
+    TEXT(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"), "bbbbbbbbbbbbbbbbb"),
+    TEXT(ptReplaceStr("a", "", "b"), "ab"),
+    TEXT(ptCutStr("a<b>", "<", ">"), "b"),
+    TEXT(ptCutStr("a", "<", ">"), ""),
+    TEXT(String("%s", "text"), "text"),
+    TEXT(Strdup("text"), "text"),
+    TEXT(ptGetFileContent(file().fd), "key = value\nother = 1\n"),
+    TEXT(SMB_enc_passwd("password"), "8846F7EAEE8FB117AD6BDD830B7586C"),
+    {"SYS_enc_passwd", [] { return text(ARMED(SYS_enc_passwd("secret"))).substr(0, 3); }, "$1$", "(nu"},
     {"ptGetFileRowFormat",
         [] {
-            const TempFile ends("");
             char* row = ARMED(ptGetFileRowFormat("%s", file().path));
-            for (char* rest = nullptr; readFileRow(&rest, ends.fd) > 0;) {
-                std::free(rest);
-            }
+            drain();
             return text(row);
         },
         "key = value", "(null)"},
-    {"readConfig", [] { return joined(ARMED(readConfig(file().path))); }, "key value other 1 ", ""},
+    OUT(getFileContentFormat(&it, "%s", file().path), "0 key = value\nother = 1\n"),
+    OUT(getShellContentFormat(&it, "printf %%30d 1"), "0                              1"),
+    {"readFileRow",
+        [] {
+            char* row = nullptr;
+            const auto result = ARMED(readFileRow(&row, file().fd));
+            drain();
+            return with(result, text(row));
+        },
+        "12 key = value", "-1 (null)"},
+    {"writeToFileFormat",
+        [] {
+            const TempFile to("");
+            return with(ARMED(writeToFileFormat(to.fd, "text")), "");
+        },
+        "0 ", "-1 "},
+    {"executeShellFormat", [] { return with(ARMED(executeShellFormat("exit %d", 0)), ""); }, "0 ", "-1 "},
     {"lockF",
         [] {
             const int fd = ARMED(lockF(file().path));
-            const std::string left = fd < 0 ? lockLeft() : "";
+            const auto left = fd < 0 ? lockLeft() : "";
             ulockF(file().path, fd);
-            return outcome(fd < 0 ? fd : 0, left);
+            return with(std::min(fd, 0), left);
         },
         "0 ", "-1 "},
     {"ulockF",
@@ -178,22 +174,14 @@ const struct {
         "", "left"},
     {"pCollect",
         [] {
-            void** collection = nullptr;
-            void* pointer = strdup("");
-            const bool collected = ARMED((pCollect(&collection, pointer), collection != nullptr));
-            pClean(collection);
-            std::free(collected ? nullptr : pointer);
-            return outcome(collected, "");
+            void** all = nullptr;
+            void* item = strdup("");
+            const bool taken = ARMED((pCollect(&all, item), all != nullptr));
+            pClean(all);
+            std::free(taken ? nullptr : item);
+            return with(taken, "");
         },
         "1 ", "0 "},
-    {"SYS_enc_passwd",
-        [] {
-            drand48_buf = {};
-            return text(ARMED(SYS_enc_passwd("secret"))).substr(0, 3);
-        },
-        "$1$", "(nu"},
-    {"SMB_enc_passwd", [] { return text(ARMED(SMB_enc_passwd("password"))); }, "8846F7EAEE8FB117AD6BDD830B7586C",
-        "(null)"},
     {"those that make no call",
         [] {
             char string[] = " a b\n";
@@ -204,7 +192,7 @@ const struct {
                 ARMED((MD4_Init(&ctx), MD4_Update(&ctx, "a", 1), MD4_Final(digest, &ctx), rndb_rand(), delGaps(string),
                     chopStr(string) + trimStr(string) == 0 && lstSize(map) == 2 &&
                         getMapValue(map, "old") == getConfigValue(map, "old", nullptr)));
-            return outcome(whole, string + joined(map));
+            return with(whole, string + joined(map));
         },
         "1 abold value ", "never"},
 };
