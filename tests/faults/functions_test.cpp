@@ -5,6 +5,7 @@
 #include "tests/faults/sweep.h"
 #include "tests/liblst/support.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -57,15 +58,36 @@ std::string lockLeft()
 {
     return unlink((std::string(file().path) + ".lock").c_str()) == 0 ? "left" : "";
 }
+std::string unlocked(int fd)
+{
+    const std::string left = fd < 0 ? lockLeft() : "";
+    ulockF(file().path, fd);
+    return with(std::min(fd, 0), left);
+}
 
 /** Forgets what lines are pending. */
 void drain()
 {
-    const TempFile ends("");
-    for (char* row = nullptr; readFileRow(&row, ends.fd) > 0;) {
+    static const int ends = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    for (char* row = nullptr; readFileRow(&row, ends) > 0;) {
         std::free(row);
     }
 }
+
+/** What makes no call that could fail. */
+bool edits(char* string, char** map)
+{
+    unsigned char digest[16];
+    MD4_CTX ctx;
+    MD4_Init(&ctx);
+    MD4_Update(&ctx, string, rndb_rand() != 0 ? 1 : 2);
+    MD4_Final(digest, &ctx);
+    delGaps(string);
+    return chopStr(string) + trimStr(string) == 0 && lstSize(map) == 2 &&
+           getMapValue(map, "old") == getConfigValue(map, "old", nullptr);
+}
+
+const char* LETTERS[] = {"a", "b", "ab", nullptr};
 
 struct Function {
     const char* name;
@@ -73,57 +95,29 @@ struct Function {
     const char* whole;
     const char* failed;
 };
-// Functions that return a list or a string; those that change one; and those with an out-argument.
-#define LIST(call, whole)                                                                                              \
+#define CASE(before, call, shown, whole, failed)                                                                       \
+    Function                                                                                                           \
     {                                                                                                                  \
-#call, [] {                                                                                                    \
-            return joined(ARMED(call));                                                                                \
-        }, whole, ""                                                                                                   \
-    }
-#define TEXT(call, whole)                                                                                              \
-    {                                                                                                                  \
-#call, [] {                                                                                                    \
-            return text(ARMED(call));                                                                                  \
-        }, whole, "(null)"                                                                                             \
-    }
-#define CHANGE(call, before, after, whole, failed)                                                                     \
-    {                                                                                                                  \
-#call, [] {                                                                                                    \
-            auto it = before;                                                                                          \
-            const auto result = ARMED(call);                                                                           \
-            return with(result, after(it));                                                                            \
+#call, []() -> std::string {                                                                                   \
+            before;                                                                                                    \
+            [[maybe_unused]] const auto result = ARMED(call);                                                          \
+            return shown;                                                                                              \
         }, whole, failed                                                                                               \
     }
-#define OUT(call, whole)                                                                                               \
-    {                                                                                                                  \
-#call, [] {                                                                                                    \
-            char* it = nullptr;                                                                                        \
-            const auto result = ARMED(call);                                                                           \
-            return with(result, text(it));                                                                             \
-        }, whole, "-1 (null)"                                                                                          \
-    }
+#define LIST(call, whole) CASE(, call, joined(result), whole, "")
+#define TEXT(call, whole) CASE(, call, text(result), whole, "(null)")
+#define OUT(call, whole) CASE(char* it = nullptr, call, with(result, text(it)), whole, "-1 (null)")
 
 const Function FUNCTIONS[] = {
-    CHANGE(lstPush(&it, "new"), oldList(), joined, "2 old value new ", "-1 old value "),
-    CHANGE(lstPush(&it, "new"), static_cast<char**>(nullptr), joined, "0 new ", "-1 "),
-    CHANGE(mapPush(&it, "k", "v"), oldList(), joined, "3 old value k v ", "-1 old value "),
-    CHANGE(replaceStrFormat(&it, "l", "%d", 1), strdup("old"), text, "0 o1d", "-1 old"),
+    CASE(char** it = nullptr, lstPush(&it, "new"), with(result, joined(it)), "0 new ", "-1 "),
+    CASE(char** it = oldList(), lstPush(&it, "new"), with(result, joined(it)), "2 old value new ", "-1 old value "),
+    CASE(char** it = oldList(), mapPush(&it, "k", "v"), with(result, joined(it)), "3 old value k v ", "-1 old value "),
+    CASE(char* it = strdup("old"), replaceStrFormat(&it, "l", "%d", 1), with(result, text(it)), "0 o1d", "-1 old"),
+    CASE(char** it = oldList(), getMapValues(it, "old"), joined(it) + joined(result), "old value value ", "old value "),
     LIST(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"), "1 2 3 4 5 6 7 8 9 0 1 2 3 4 5 6 "),
+    LIST(lstEgrep(LETTERS, "a"), "a ab "),
     LIST(readConfig(file().path), "key value other 1 "),
-    {"lstEgrep",
-        [] {
-            const char* list[] = {"a", "b", "ab", nullptr};
-            return joined(ARMED(lstEgrep(list, "a")));
-        },
-        "a ab ", ""},
-    {"getMapValues",
-        [] {
-            char** map = oldList();
-            char** found = ARMED(getMapValues(map, "old"));
-            return joined(map) + joined(found);
-        },
-        "old value value ", "old value "},
-    {"lstReadDir", [] { return with(joined(ARMED(lstReadDir("/proc/self/task"))).empty(), ""); }, "0 ", "1 "},
+    CASE(, lstReadDir("/proc/self/task"), with(joined(result).empty(), ""), "0 ", "1 "),
     TEXT(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"), "bbbbbbbbbbbbbbbbb"),
     TEXT(ptReplaceStr("a", "", "b"), "ab"),
     TEXT(ptCutStr("a<b>", "<", ">"), "b"),
@@ -131,70 +125,20 @@ const Function FUNCTIONS[] = {
     TEXT(String("%s", "text"), "text"),
     TEXT(Strdup("text"), "text"),
     TEXT(ptGetFileContent(file().fd), "key = value\nother = 1\n"),
-    TEXT(SMB_enc_passwd("password"), "8846F7EAEE8FB117AD6BDD830B7586C"),
-    {"SYS_enc_passwd", [] { return text(ARMED(SYS_enc_passwd("secret"))).substr(0, 3); }, "$1$", "(nu"},
-    {"ptGetFileRowFormat",
-        [] {
-            char* row = ARMED(ptGetFileRowFormat("%s", file().path));
-            drain();
-            return text(row);
-        },
-        "key = value", "(null)"},
+    TEXT(ptGetFileRowFormat("%s", file().path), "key = value"),
+    OUT(readFileRow(&it, file().fd), "12 key = value"),
     OUT(getFileContentFormat(&it, "%s", file().path), "0 key = value\nother = 1\n"),
     OUT(getShellContentFormat(&it, "printf %%30d 1"), "0                              1"),
-    {"readFileRow",
-        [] {
-            char* row = nullptr;
-            const auto result = ARMED(readFileRow(&row, file().fd));
-            drain();
-            return with(result, text(row));
-        },
-        "12 key = value", "-1 (null)"},
-    {"writeToFileFormat",
-        [] {
-            const TempFile to("");
-            return with(ARMED(writeToFileFormat(to.fd, "text")), "");
-        },
-        "0 ", "-1 "},
-    {"executeShellFormat", [] { return with(ARMED(executeShellFormat("exit %d", 0)), ""); }, "0 ", "-1 "},
-    {"lockF",
-        [] {
-            const int fd = ARMED(lockF(file().path));
-            const auto left = fd < 0 ? lockLeft() : "";
-            ulockF(file().path, fd);
-            return with(std::min(fd, 0), left);
-        },
-        "0 ", "-1 "},
-    {"ulockF",
-        [] {
-            const int fd = lockF(file().path);
-            ARMED((ulockF(file().path, fd), 0));
-            return lockLeft();
-        },
-        "", "left"},
-    {"pCollect",
-        [] {
-            void** all = nullptr;
-            void* item = strdup("");
-            const bool taken = ARMED((pCollect(&all, item), all != nullptr));
-            pClean(all);
-            std::free(taken ? nullptr : item);
-            return with(taken, "");
-        },
-        "1 ", "0 "},
-    {"those that make no call",
-        [] {
-            char string[] = " a b\n";
-            char** map = oldList();
-            unsigned char digest[16];
-            MD4_CTX ctx;
-            const bool whole =
-                ARMED((MD4_Init(&ctx), MD4_Update(&ctx, "a", 1), MD4_Final(digest, &ctx), rndb_rand(), delGaps(string),
-                    chopStr(string) + trimStr(string) == 0 && lstSize(map) == 2 &&
-                        getMapValue(map, "old") == getConfigValue(map, "old", nullptr)));
-            return with(whole, string + joined(map));
-        },
-        "1 abold value ", "never"},
+    CASE(const TempFile to(""), writeToFileFormat(to.fd, "text"), with(result, ""), "0 ", "-1 "),
+    CASE(, executeShellFormat("exit %d", 0), with(result, ""), "0 ", "-1 "),
+    CASE(, lockF(file().path), unlocked(result), "0 ", "-1 "),
+    CASE(const int fd = lockF(file().path), (ulockF(file().path, fd), 0), lockLeft(), "", "left"),
+    CASE(void** all = nullptr; void* item = strdup(""), (pCollect(&all, item), all != nullptr),
+         (pClean(all), std::free(result ? nullptr : item), with(result, "")), "1 ", "0 "),
+    TEXT(SMB_enc_passwd("password"), "8846F7EAEE8FB117AD6BDD830B7586C"),
+    CASE(, SYS_enc_passwd("secret"), text(result).substr(0, 3), "$1$", "(nu"),
+    CASE(char string[] = " a b\n";
+         char** map = oldList(), edits(string, map), with(result, string + joined(map)), "1 abold value ", "never"),
 };
 
 TEST(Functions, EveryFaultInTurn)
@@ -203,10 +147,12 @@ TEST(Functions, EveryFaultInTurn)
         const auto work = [&, call = call, whole = whole, failed = failed] {
             fault = {};
             call(); // warms up
+            drain();
             everyFault([&](const Fault& next) {
                 beginTrial(fault = next);
                 const long before = liveResources() + openDescriptors();
                 const std::string result = call();
+                drain();
                 const bool struck = faultStruck();
                 const bool failure = result == failed && struck && call_errno == next.error;
                 if (result != whole && !failure) {

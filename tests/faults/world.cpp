@@ -53,6 +53,8 @@ void setContent(const std::string& path, const std::string& content)
 
 // ---- the daemon --------------------------------------------------------------------------------
 
+constexpr char END = '\1'; // of a request in a history
+
 struct Answer {
     std::string reply;
     std::string fact;
@@ -92,7 +94,7 @@ struct Daemon {
         }
         seed(store, contentOf(TABLES "seed.json"));
         for (std::size_t at = 0; at < to.size();) {
-            const std::size_t end = to.find('\n', at);
+            const std::size_t end = to.find(END, at);
             carry_out(store, to.substr(at, end - at));
             at = end + 1;
         }
@@ -127,12 +129,12 @@ struct Daemon {
             const bool changed = request.find("<xs:query") == request.npos &&
                                  answer.reply.find("status=\"success\"") != answer.reply.npos;
             answer.fact = inBrief(request, changed);
-            store_is_at += changed ? request + '\n' : "";
+            store_is_at += changed ? request + END : "";
             files_are_at = store_is_at;
             answers.emplace(key, answer);
         }
         const Answer& answer = answers[key];
-        history += answer.fact.starts_with("did") ? request + '\n' : "";
+        history += answer.fact.starts_with("did") ? request + END : "";
         moveFiles(history);
         facts.push_back(answer.fact);
         return answer;
