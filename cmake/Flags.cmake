@@ -13,8 +13,9 @@ set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 
-# asprintf, GNU strerror_r, thread-safe look-ups; 64-bit file offsets on 32-bit devices.
-add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64)
+# asprintf, GNU strerror_r, thread-safe look-ups; 64-bit file offsets and, where the C library has it,
+# 64-bit time on 32-bit devices: a file that is dated beyond 2038 can be looked at.
+add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wmissing-declarations
     -fstack-protector-strong
@@ -33,8 +34,7 @@ endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
     add_compile_options(-ffunction-sections -fdata-sections)
-    # Only the plug-in is optimised as a whole: a test may put its own function in a unit's place.
-    add_link_options(-Wl,--gc-sections -fno-lto)
+    add_link_options(-Wl,--gc-sections)
 endif()
 
 # ship_small(TARGET...): object libraries of the plug-in, in a build for size. The stack protector and
@@ -46,6 +46,14 @@ function(ship_small)
                 -flto -ffat-lto-objects -fno-stack-protector -U_FORTIFY_SOURCE
                 "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_SOURCE_DIR}/common/shared_string.h>")
         endforeach()
+    endif()
+endfunction()
+
+# call_string_members(UNIT...): units that take the members of std::string from the C++ library also
+# where the compiler would copy them out of its header, in a build for size.
+function(call_string_members)
+    if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
+        set_source_files_properties(${ARGV} PROPERTIES COMPILE_OPTIONS -fno-inline)
     endif()
 endfunction()
 

@@ -14,13 +14,15 @@ char* ptDecodeBase64(const char* b64str)
 
     // Decoded into our own memory: GLib's allocating decoder ends the process when memory runs out.
     const std::size_t length = strlen(b64str);
-    auto* decoded = static_cast<char*>(calloc(length / 4 * 3 + 4, 1));
+    auto* decoded = static_cast<char*>(malloc(length / 4 * 3 + 4));
     if (decoded == nullptr) {
         return nullptr;
     }
 
     gint state = 0;
     guint save = 0;
-    g_base64_decode_step(b64str, length, reinterpret_cast<guchar*>(decoded), &state, &save);
+    decoded[g_base64_decode_step(
+        b64str, length, reinterpret_cast<guchar*>(decoded), &state, &save
+    )] = '\0';
     return decoded;
 }

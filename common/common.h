@@ -140,13 +140,33 @@ const char* errorText(ErrorText& buffer, int error);
  *         -4 when writing failed
  */
 int createOwnerFile(
-    bool use_linkhub, const std::string& sso_username, const char* p2p_username, const char* path
+    bool use_linkhub, const char* sso_username, const char* p2p_username, const char* path
 );
 
-/** Asks the device-information tool for `key`; false, `value` untouched, when it gives none. */
+/** The same for a string. */
+inline int createOwnerFile(
+    bool use_linkhub, const std::string& sso_username, const char* p2p_username, const char* path
+)
+{
+    return createOwnerFile(use_linkhub, sso_username.c_str(), p2p_username, path);
+}
+
+/** A line of device information, with its line end and a NUL. */
+using DeviceValue = char[1024];
+
+/** Asks the device-information tool for `key`; false when it gives none. */
+bool readBoxwellInfoValue(const char* key, DeviceValue& value);
+
+/** The same for strings; `value` is untouched when the tool gives none. */
 bool readBoxwellInfoValue(const std::string& key, std::string& value);
 
-/** Reads the remote-access agent's id; false, `xid` untouched, when there is none. */
+/** The remote-access agent's id, with its line end and a NUL. */
+using AgentId = char[256];
+
+/** Reads the remote-access agent's id; false when there is none. */
+bool readXid(AgentId& xid);
+
+/** The same for a string, untouched when there is none. */
 bool readXid(std::string& xid);
 
 /**

@@ -2,21 +2,16 @@
 
 #include <cstring>
 
-std::size_t findMarker(std::string_view text, std::string_view marker, std::size_t from)
+// By strstr(), for which the C library is quickest: several times as quick as memmem() on some
+// processors.
+std::string_view cut(const char* text, const char* begin, const char* end)
 {
-    const void* found =
-        memmem(text.data() + from, text.size() - from, marker.data(), marker.size());
-    return found == nullptr
-               ? std::string_view::npos
-               : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-}
-
-std::string_view cut(std::string_view text, std::string_view begin, std::string_view end)
-{
-    const std::size_t found = findMarker(text, begin);
-    if (found == std::string_view::npos) {
-        return text.substr(text.size());
+    const char* mark = strstr(text, begin);
+    if (mark == nullptr) {
+        return text + strlen(text);
     }
-    text.remove_prefix(found + begin.size());
-    return text.substr(0, findMarker(text, end));
+    const char* value = mark + strlen(begin);
+    const char* stop = strstr(value, end);
+    return stop != nullptr ? std::string_view(value, static_cast<std::size_t>(stop - value))
+                           : value;
 }

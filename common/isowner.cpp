@@ -2,11 +2,12 @@
 
 #include "common/common.h"
 #include "common/cut.h"
+#include "common/format_template.h"
 #include "common/io.h"
-#include "common/mxl_texts.h"
 #include "common/owned_text.h"
 #include "common/system_accounts.h"
 #include "liblst/liblst.h"
+#include "liblst/whole_file.h"
 
 #include <grp.h>
 #include <strings.h>
@@ -113,14 +114,12 @@ int isOwner(const char* user)
     }
 
     AUTO_FREE char* file = nullptr;
-    if (getFileContentFormat(&file, "%s", OWNER_FILE) != SUCCESS) {
-        file = nullptr;
+    if (readFile(&file, OWNER_FILE, OnReadError::Release) != SUCCESS) {
         return 0;
     }
     const std::string_view owner = cut(file, "<owner>", "</owner>");
-    const std::string_view remote_owner = cut(file, "<p2powner>", "</p2powner>");
     return sameIgnoringCase(owner.substr(0, MAX_USERNAME_LENGTH), user) ||
-           sameIgnoringCase(remote_owner, user);
+           sameIgnoringCase(cut(file, "<p2powner>", "</p2powner>"), user);
 }
 
 int isUserInGroup(const char* user, const char* group)
@@ -146,7 +145,7 @@ int isLocked(const char* user, char** name)
         return 1;
     }
 
-    AUTO_FREE char* request = String(LOCK_QUERY_TEXT, user);
+    AUTO_FREE char* request = FORMAT_TEMPLATE(GET_USER_DATA_MXL, "", user, "");
     if (request == nullptr) {
         return 1;
     }
@@ -155,11 +154,10 @@ int isLocked(const char* user, char** name)
         return 1;
     }
 
-    AUTO_FREE char* flag = nullptr;
-    if (CutStr(&flag, reply, "<IsLocked>", "</IsLocked>") != SUCCESS ||
-        CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS) {
+    if (CutStr(name, reply, "<User_Name><![CDATA[", "]]></User_Name>") != SUCCESS) {
         return 1;
     }
-    // Not narrowed: a flag whose low 32 bits are zero is a locked one too.
-    return strtol(flag, nullptr, 10) != 0;
+    // The flag ends where its digits do, so it needs no copy. Not narrowed: a flag whose low 32
+    // bits are zero is a locked one too.
+    return strtol(cut(reply, "<IsLocked>", "</IsLocked>").data(), nullptr, 10) != 0;
 }

@@ -1,5 +1,6 @@
 #include "common/io.h"
 #include "liblst/owned.h"
+#include "liblst/whole_file.h"
 
 #include <fcntl.h>
 #include <systemd/sd-journal.h>
@@ -24,8 +25,8 @@ constexpr const char* CATEGORY = "shbroker";
 /** Bytes in front of a message for either prefix: level, file name (NAME_MAX), line, and, for the
  * file, a time stamp. */
 constexpr std::size_t PREFIX_ROOM = 640;
-/** Longest message that needs no allocation, with its NUL. */
-constexpr std::size_t SHORT_MESSAGE = 512;
+/** Longest message that needs no allocation and is formatted once, with its NUL; requests fit. */
+constexpr std::size_t SHORT_MESSAGE = 2048;
 
 struct Statement {
     LogLevel level;
@@ -107,18 +108,7 @@ void appendToFile(const Statement& statement, char* message)
     const char* text = putBefore(
         message, "%s %s:%s:%d ", timestamp, nameOf(statement.level), statement.file, statement.line
     );
-    std::size_t left = strlen(text);
-    while (left > 0) {
-        const ssize_t written = write(file, text, left);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return;
-        }
-        text += written;
-        left -= static_cast<std::size_t>(written);
-    }
+    writeAll(file, text, strlen(text));
 }
 
 using SmallBuffer = char[PREFIX_ROOM + SHORT_MESSAGE];

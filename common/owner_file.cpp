@@ -26,13 +26,16 @@ readCommandLine(char* line, int line_size, const char* format, ...)
     return pipe != nullptr && fgets(line, line_size, pipe) != nullptr;
 }
 
-/** A line of device information, with room for its line end. */
-using DeviceValue = char[1024];
-/** The remote-access agent's id, likewise. */
-using AgentId = char[256];
+/** One element of the file whose value may be left out, tags and all. */
+struct OptionalElement {
+    const char* begin = "";
+    const char* value = "";
+    const char* end = "";
+};
 
-/** Asks the device-information tool for `key`; false when it gives none. */
-bool readDeviceValue(DeviceValue& value, const char* key)
+} // namespace
+
+bool readBoxwellInfoValue(const char* key, DeviceValue& value)
 {
     if (!readCommandLine(value, sizeof value, "boxwellinfo %s", key)) {
         return false;
@@ -44,50 +47,20 @@ bool readDeviceValue(DeviceValue& value, const char* key)
     return length > 0 && strstr(value, "ERROR:") == nullptr && strstr(value, "error:") == nullptr;
 }
 
-/** Reads the agent's id; false when there is none. */
-bool readAgentId(AgentId& id)
+bool readXid(AgentId& xid)
 {
     if (!readCommandLine(
-            id, sizeof id, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
+            xid, sizeof xid, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
         )) {
         return false;
     }
     // The id ends at the first blank or line end, wherever it stands.
-    id[strcspn(id, " \r\n")] = '\0';
-    return id[0] != '\0';
-}
-
-/** An element that may be left out, tags and all. */
-struct OptionalElement {
-    const char* begin = "";
-    const char* value = "";
-    const char* end = "";
-};
-
-} // namespace
-
-bool readBoxwellInfoValue(const std::string& key, std::string& value)
-{
-    DeviceValue line;
-    if (!readDeviceValue(line, key.c_str())) {
-        return false;
-    }
-    value = line;
-    return true;
-}
-
-bool readXid(std::string& xid)
-{
-    AgentId id;
-    if (!readAgentId(id)) {
-        return false;
-    }
-    xid = id;
-    return true;
+    xid[strcspn(xid, " \r\n")] = '\0';
+    return xid[0] != '\0';
 }
 
 int createOwnerFile(
-    bool use_linkhub, const std::string& sso_username, const char* p2p_username, const char* path
+    bool use_linkhub, const char* sso_username, const char* p2p_username, const char* path
 )
 {
     // Opened, and so emptied, before anything is known: an owner file that cannot be completed is
@@ -101,14 +74,17 @@ int createOwnerFile(
     DeviceValue firmware_id;
     DeviceValue firmware_time;
     DeviceValue serial;
-    if (!readDeviceValue(model, "Model") || !readDeviceValue(firmware_id, "Firmware_Version") ||
-        !readDeviceValue(firmware_time, "Firmware_Time") || !readDeviceValue(serial, "Serial")) {
+    if (!readBoxwellInfoValue("Model", model) ||
+        !readBoxwellInfoValue("Firmware_Version", firmware_id) ||
+        !readBoxwellInfoValue("Firmware_Time", firmware_time) ||
+        !readBoxwellInfoValue("Serial", serial)) {
         unlink(path);
         return -3;
     }
+
     AgentId xid;
     OptionalElement agent;
-    if (use_linkhub && readAgentId(xid)) {
+    if (use_linkhub && readXid(xid)) {
         agent = {"<link_agent_id>", xid, "</link_agent_id>"};
     }
     OptionalElement remote_owner;
@@ -118,10 +94,16 @@ int createOwnerFile(
     // Straight into the stream: the file is empty now, and must not stay so for want of memory.
     const int written = fprintf(
         file,
-        "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>%s</owner>"
-        "<model>%s</model><firmware_id>%s</firmware_id><firmware_time>%s</firmware_time>"
-        "<serial>%s</serial>%s%s%s%s%s%s</registration>",
-        sso_username.c_str(), model, firmware_id, firmware_time, serial, agent.begin, agent.value,
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration>"
+        "<owner>%s</owner>"
+        "<model>%s</model>"
+        "<firmware_id>%s</firmware_id>"
+        "<firmware_time>%s</firmware_time>"
+        "<serial>%s</serial>"
+        "%s%s%s"
+        "%s%s%s"
+        "</registration>",
+        sso_username, model, firmware_id, firmware_time, serial, agent.begin, agent.value,
         agent.end, remote_owner.begin, remote_owner.value, remote_owner.end
     );
     return written < 0 ? -4 : SUCCESS;

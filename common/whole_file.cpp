@@ -4,9 +4,6 @@
 #include "liblst/format.h"
 #include "liblst/owned.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 char* aGetFileContent(const int fn)
 {
     return readToEnd(fn, OnReadError::Keep);
@@ -16,17 +13,7 @@ char* aGetFile(const char* format, ...)
 {
     AUTO_FREE char* path = nullptr;
     FORMAT_ARGUMENTS(path, format);
-    if (path == nullptr) {
-        return nullptr;
-    }
-
-    const int file = open(path, O_RDONLY | O_CLOEXEC);
-    if (file == -1) {
-        return nullptr;
-    }
-    AUTO_FREE char* content = aGetFileContent(file);
-    if (close(file) != SUCCESS) {
-        return nullptr;
-    }
-    return take(content);
+    char* content = nullptr;
+    return path != nullptr && readFile(&content, path, OnReadError::Keep) == SUCCESS ? content
+                                                                                     : nullptr;
 }

@@ -3,11 +3,11 @@
 
 #include <cctype>
 
-/** isspace() without the call for graphic ASCII, which is white space in no locale. */
+/** isspace(); ASCII, which is the same in every locale, without the call. */
 inline bool isBlank(char character)
 {
     const auto byte = static_cast<unsigned char>(character);
-    return (byte <= ' ' || byte > '~') && std::isspace(byte) != 0;
+    return byte <= '~' ? byte == ' ' || (byte >= '\t' && byte <= '\r') : std::isspace(byte) != 0;
 }
 
 inline bool isLineEnd(char character)

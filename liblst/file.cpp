@@ -6,14 +6,10 @@
 #include "liblst/retry.h"
 #include "liblst/whole_file.h"
 
-#include <fcntl.h>
 #include <poll.h>
 
 #include <cstring>
 
-namespace {
-
-/** Writes all of `text`, waiting while the descriptor takes nothing. */
 bool writeAll(int fd, const char* text, std::size_t length)
 {
     const int error = errno;
@@ -29,8 +25,6 @@ bool writeAll(int fd, const char* text, std::size_t length)
     return true;
 }
 
-} // namespace
-
 EXPORTED char* ptGetFileContent(const int fn)
 {
     return readToEnd(fn, OnReadError::Release);
@@ -43,23 +37,7 @@ EXPORTED int getFileContentFormat(char** content, const char* format, ...)
     }
     AUTO_FREE char* path = nullptr;
     FORMAT_ARGUMENTS(path, format);
-    if (path == nullptr) {
-        return -1;
-    }
-    AUTO_CLOSE_FD int fd = open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        return -1;
-    }
-    AUTO_FREE char* text = readToEnd(fd, OnReadError::Release);
-    if (text == nullptr) {
-        return -1;
-    }
-    if (close(takeFd(fd)) != 0) {
-        *content = nullptr;
-        return -1;
-    }
-    give(content, text);
-    return 0;
+    return path != nullptr ? readFile(content, path, OnReadError::Release) : -1;
 }
 
 EXPORTED int writeToFileFormat(const int fd, const char* format, ...)

@@ -12,19 +12,20 @@ char* formatText(const char* format, va_list arguments)
     if (format == nullptr) {
         return badArgument<char*>(nullptr);
     }
-    va_list measured;
-    va_copy(measured, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, measured);
-    va_end(measured);
-    if (length < 0) {
-        return nullptr;
-    }
+    // Formatted once where it fits, as requests do; a longer text is measured that way.
+    char small[2048];
+    va_list again;
+    va_copy(again, arguments);
+    const int length = std::vsnprintf(small, sizeof small, format, arguments);
     const std::size_t size = static_cast<std::size_t>(length) + 1;
-    AUTO_FREE char* text = static_cast<char*>(std::malloc(size));
-    if (text == nullptr || std::vsnprintf(text, size, format, arguments) < 0) {
-        return nullptr;
+    char* text = length < 0 ? nullptr : static_cast<char*>(std::malloc(size));
+    if (text != nullptr && size <= sizeof small) {
+        std::memcpy(text, small, size);
+    } else if (text != nullptr) {
+        std::vsnprintf(text, size, format, again);
     }
-    return take(text);
+    va_end(again);
+    return text;
 }
 
 EXPORTED char* String(const char* format, ...)

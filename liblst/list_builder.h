@@ -8,7 +8,11 @@
  */
 #pragma once
 
+#include "liblst/grow.h"
+
 #include <cstddef>
+#include <cstdlib>
+#include <cstring>
 
 /** Releases a list that was not finished at the end of the scope. */
 #define AUTO_RELEASE_LIST __attribute__((cleanup(releaseList)))
@@ -19,8 +23,24 @@ struct ListBuilder {
     std::size_t capacity;
 };
 
-/** Appends a copy of `length` bytes of text; false, and the list unchanged, with ENOMEM. */
-bool appendCopy(ListBuilder& list, const char* text, std::size_t length);
+/** Appends a copy of `length` bytes of text; false, and the list unchanged, with ENOMEM. Inline for
+ * the sake of splitting, which does little else. */
+inline bool appendCopy(ListBuilder& list, const char* text, std::size_t length)
+{
+    constexpr std::size_t FIRST_CAPACITY = 16;
+    const bool full = list.size + 1 >= list.capacity; // the terminating null needs room too
+    if (full && !growArray(list.items, list.capacity, FIRST_CAPACITY)) {
+        return false;
+    }
+    char* copy = static_cast<char*>(std::malloc(length + 1));
+    if (copy == nullptr) {
+        return false;
+    }
+    std::memcpy(copy, text, length);
+    copy[length] = '\0';
+    list.items[list.size++] = copy;
+    return true;
+}
 
 /** Hands the list over, null-terminated; null when it is empty. */
 char** finishList(ListBuilder& list);

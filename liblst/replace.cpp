@@ -9,48 +9,48 @@
 
 namespace {
 
-constexpr std::size_t FIRST_CAPACITY = 16;
+// A short piece is copied as a block of this size: a call for each takes longer than finding it.
+constexpr std::size_t BLOCK = 16;
 
-/** Where a text occurs in another one, so that measuring and writing search only once. */
-struct Matches {
-    const char** starts;
-    std::size_t count;
+/** The text in the making, with room for a block behind what it needs. */
+struct Result {
+    char* text;
+    std::size_t length;
     std::size_t capacity;
 };
 
-void releaseMatches(const Matches* matches)
+void releaseResult(const Result* result)
 {
-    std::free(matches->starts);
+    std::free(result->text);
 }
 
-/** strstr(), quicker where the first byte of `search` finds it, as where matches are dense. */
-const char* findNext(const char* string, const char* search, std::size_t length)
+/** Makes room for `length` more bytes, and the block behind them; false with ENOMEM. */
+bool reserve(Result& result, std::size_t length)
 {
-    const char* candidate = std::strchr(string, *search);
-    if (candidate == nullptr || std::strncmp(candidate, search, length) == 0) {
-        return candidate;
-    }
-    return std::strstr(candidate + 1, search);
+    const std::size_t needed = result.length + length + BLOCK;
+    return needed <= result.capacity || growArray(result.text, result.capacity, needed);
 }
 
-/** Notes every occurrence of `search`, not empty, from left to right without overlaps. */
-bool findMatches(Matches& matches, const char* string, const char* search, std::size_t length)
+/** Appends a piece, for which there is room; from its begin on `readable` bytes may be read. */
+void append(Result& result, const char* piece, std::size_t length, std::size_t readable)
 {
-    while ((string = findNext(string, search, length)) != nullptr) {
-        if (matches.count == matches.capacity &&
-            !growArray(matches.starts, matches.capacity, FIRST_CAPACITY)) {
-            return false;
+    const bool as_block = length <= BLOCK && readable >= BLOCK;
+    char* to = result.text + result.length;
+    as_block ? std::memcpy(to, piece, BLOCK) : std::memcpy(to, piece, length);
+    result.length += length;
+}
+
+/** The first `search` in [string, end), or null; quicker than strstr() where matches are dense. */
+const char* findNext(const char* string, const char* end, const char* search, std::size_t length)
+{
+    for (;; ++string) {
+        string = static_cast<const char*>(
+            std::memchr(string, *search, static_cast<std::size_t>(end - string))
+        );
+        if (string == nullptr || std::strncmp(string, search, length) == 0) {
+            return string;
         }
-        matches.starts[matches.count++] = string;
-        string += length;
     }
-    return true;
-}
-
-/** Copies the bytes of [from, end) and returns the place behind them. */
-char* copyUpTo(char* to, const char* from, const char* end)
-{
-    return static_cast<char*>(mempcpy(to, from, static_cast<std::size_t>(end - from)));
 }
 
 } // namespace
@@ -64,26 +64,34 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
         return String("%s%s", string, replace);
     }
     const std::size_t search_length = std::strlen(search);
-    __attribute__((cleanup(releaseMatches))) Matches matches = {};
-    if (!findMatches(matches, string, search, search_length)) {
-        return nullptr;
-    }
-    const std::size_t length = std::strlen(string);
     const std::size_t replace_length = std::strlen(replace);
-    const std::size_t kept = length - matches.count * search_length;
-    char* result = static_cast<char*>(std::malloc(kept + matches.count * replace_length + 1));
-    if (result == nullptr) {
+    const char* const end = string + std::strlen(string);
+    char block[BLOCK] = {};
+    if (replace_length <= BLOCK) {
+        replace = static_cast<const char*>(std::memcpy(block, replace, replace_length));
+    }
+
+    __attribute__((cleanup(releaseResult))) Result result = {};
+    const char* from = string;
+    while (const char* match = findNext(from, end, search, search_length)) {
+        // With all that follows, so that the result grows only where it gets longer.
+        if (!reserve(result, static_cast<std::size_t>(end - from) + replace_length)) {
+            return nullptr;
+        }
+        append(
+            result, from, static_cast<std::size_t>(match - from),
+            static_cast<std::size_t>(end - from)
+        );
+        append(result, replace, replace_length, BLOCK);
+        from = match + search_length;
+    }
+    const std::size_t rest = static_cast<std::size_t>(end - from);
+    if (!reserve(result, rest + 1)) {
         return nullptr;
     }
-    char* to = result;
-    const char* from = string;
-    for (std::size_t i = 0; i < matches.count; ++i) {
-        to = copyUpTo(to, from, matches.starts[i]);
-        to = copyUpTo(to, replace, replace + replace_length);
-        from = matches.starts[i] + search_length;
-    }
-    *copyUpTo(to, from, string + length) = '\0';
-    return result;
+    append(result, from, rest + 1, 0);
+    shrinkArray(result.text, result.length);
+    return take(result.text);
 }
 
 EXPORTED int replaceStrFormat(char** string, const char* search, const char* format, ...)

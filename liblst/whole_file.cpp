@@ -4,6 +4,7 @@
 #include "liblst/owned.h"
 #include "liblst/retry.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
 
@@ -75,4 +76,22 @@ char* readToEnd(int fd, OnReadError on_error)
         shrinkArray(text, length + 1);
     }
     return take(text);
+}
+
+int readFile(char** content, const char* path, OnReadError on_error)
+{
+    AUTO_CLOSE_FD int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        return -1;
+    }
+    AUTO_FREE char* text = readToEnd(fd, on_error);
+    if (text == nullptr) {
+        return -1;
+    }
+    if (close(takeFd(fd)) != 0) {
+        *content = nullptr;
+        return -1;
+    }
+    give(content, text);
+    return 0;
 }

@@ -1,4 +1,4 @@
-/** Reading a descriptor to its end. */
+/** Reading a descriptor to its end, and writing all of a text. */
 #pragma once
 
 #include <sys/types.h>
@@ -24,3 +24,18 @@ enum class OnReadError {
  *         a failed read as `on_error` says, and exhausted memory (errno ENOMEM, the text released)
  */
 char* readToEnd(int fd, OnReadError on_error);
+
+/**
+ * Reads the file at `path` whole, as readToEnd() does.
+ *
+ * @param content  receives the text; set to null when the file was read but could not be closed
+ * @return 0; -1 when it cannot be opened or closed, and when readToEnd() gives null
+ */
+int readFile(char** content, const char* path, OnReadError on_error);
+
+/**
+ * Writes all of a text, however many writes it takes; tried again as readToEnd() reads again.
+ *
+ * @return false, with errno, when a write fails
+ */
+bool writeAll(int fd, const char* text, std::size_t length);

@@ -26,6 +26,7 @@ PLUGIN=(
 TESTS=(
     libcli11-dev nlohmann-json3-dev
     libnettle8 nettle-dev libxml2 libxml2-dev libicu72 libicu-dev
+    libsqlitecpp-dev libsqlite3-0 libsqlite3-dev libssl3
 )
 
 # The host's archives, with the keys they name. Security updates are left out: nothing here is run by

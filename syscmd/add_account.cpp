@@ -1,10 +1,9 @@
 #include "syscmd/add_account.h"
 
 #include "liblst/owned.h"
+#include "syscmd/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
-#include "syscmd/parameters.h"
 #include "syscmd/password_pair.h"
 #include "syscmd/user_delete.h"
 
@@ -15,11 +14,11 @@ namespace {
 constexpr ExchangeWords WORDS = {
     .file = __FILE_NAME__,
     .function = "AddUser",
-    .unformatted = {533, "ERROR [syscmd:AddUser]: asprintf failed\n"},
-    .unsent = {527, "ERROR [syscmd:AddUser]: process_request_bwdclient failed\n"},
-    .unanswered = {522, "ERROR [syscmd:AddUser]: respond is NULL\n"},
-    .unread = {516, "ERROR [syscmd:AddUser]: GetMXLStatus failed\n"},
-    .undetailed = {509, "ERROR [syscmd:AddUser]: GetMXLErrorDetail failed\n"},
+    .unformatted = {533, ": asprintf failed\n"},
+    .unsent = {527, ": process_request_bwdclient failed\n"},
+    .unanswered = {522, ": respond is NULL\n"},
+    .unread = {516, ": GetMXLStatus failed\n"},
+    .undetailed = {509, ": GetMXLErrorDetail failed\n"},
 };
 
 /** Hashes of no password: the ninth character of the SMB hash is no hexadecimal digit. */
@@ -62,9 +61,12 @@ int AddUser(
     );
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(
-            &request, WORDS, ADD_USER_TEXT, resource_type, username, hashes.smb, hashes.system,
-            SKYHOLD_GROUP, email
+    if (takeRequest(
+            &request, WORDS,
+            FORMAT_TEMPLATE(
+                ADD_USER_MXL, resource_type, username, hashes.smb, hashes.system, SKYHOLD_GROUP,
+                email
+            )
         ) != SUCCESS) {
         return -1;
     }
@@ -85,41 +87,47 @@ int AddUser(
     return -1;
 }
 
-void AddAccountHandler(ITransaction* pTx, std::string& response)
+namespace {
+
+constexpr CommandWords HANDLER = {
+    .file = __FILE_NAME__,
+    .function = "AddAccountHandler",
+    .unread = "AddUser ",
+    .answer = "Add User: error reading username/password/email params from request",
+    .null_line = 1295,
+    .unread_line = 1325,
+    .parameters = 3,
+};
+
+void add(ITransaction& tx, std::string& response, const char* const* parameters)
 {
-    if (pTx == nullptr) {
-        LOG_AT(1295, Error, "[syscmd:AddAccountHandler] invalid input arguments");
-        return;
-    }
-    std::string username;
-    std::string password_hash;
-    std::string email;
-    if (!readParameters(*pTx, username, password_hash, email)) {
-        response = "Add User: error reading username/password/email params from request";
-        LOG_AT(
-            1325, Error,
-            "ERROR [syscmd:AddAccountHandler]: AddUser error reading username/password/email "
-            "params from request\n"
-        );
-        pTx->setCode(CODE_FAILED);
-        return;
-    }
+    const char* username = parameters[0];
 
     // An earlier cloud account of that name gives way; whether one did, the addition shows.
-    DelUser(username.c_str(), username.c_str(), CLOUD_ACCOUNTS_ONLY);
+    DelUser(username, username, CLOUD_ACCOUNTS_ONLY);
 
-    const int result =
-        AddUser(accountName(username).c_str(), password_hash.c_str(), email.c_str(), "User");
+    AccountName name;
+    const int result = AddUser(accountName(name, username), parameters[1], parameters[2], "User");
     if (result == SUCCESS) {
-        pTx->setCode(CODE_SUCCEED);
-        response = "success";
-        LOG_AT(1311, Debug, "[syscmd:AddAccountHandler] :AddUser %s success\n", username.c_str());
+        tx.setCode(CODE_SUCCEED);
+        setResponse(response, "success");
+        LOG_IN(
+            HANDLER.function, 1311, Debug, "[syscmd:AddAccountHandler] :AddUser %s success\n",
+            username
+        );
         return;
     }
-    LOG_AT(
-        1316, Error, "ERROR [syscmd:AddAccountHandler] :AddUser %s failed with code=%d\n",
-        username.c_str(), result
+    LOG_IN(
+        HANDLER.function, 1316, Error,
+        "ERROR [syscmd:AddAccountHandler] :AddUser %s failed with code=%d\n", username, result
     );
-    response = "AddUser failed";
-    pTx->setCode(CODE_FAILED);
+    setResponse(response, "AddUser failed");
+    tx.setCode(CODE_FAILED);
+}
+
+} // namespace
+
+void AddAccountHandler(ITransaction* pTx, std::string& response)
+{
+    runCommand(pTx, response, HANDLER, add);
 }

@@ -1,10 +1,9 @@
 #include "syscmd/add_remote_user.h"
 
 #include "liblst/owned.h"
+#include "syscmd/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
-#include "syscmd/parameters.h"
 
 #include <cstring>
 
@@ -13,11 +12,11 @@ namespace {
 constexpr ExchangeWords WORDS = {
     .file = __FILE_NAME__,
     .function = "AddNetwork",
-    .unformatted = {333, "ERROR [syscmd:AddNetwork]: asprintf failed\n"},
-    .unsent = {327, "ERROR [syscmd:AddNetwork]: SendMXLtoBWD failed\n"},
-    .unanswered = {327, "ERROR [syscmd:AddNetwork]: SendMXLtoBWD failed\n"},
-    .unread = {321, "ERROR [syscmd:AddNetwork]: GetMXLStatus failed\n"},
-    .undetailed = {314, "ERROR [syscmd:AddNetwork]: GetMXLErrorDetail failed\n"},
+    .unformatted = {333, ": asprintf failed\n"},
+    .unsent = {327, ": SendMXLtoBWD failed\n"},
+    .unanswered = {327, ": SendMXLtoBWD failed\n"},
+    .unread = {321, ": GetMXLStatus failed\n"},
+    .undetailed = {314, ": GetMXLErrorDetail failed\n"},
 };
 
 } // namespace
@@ -29,7 +28,8 @@ int AddNetwork(const char* username, const char* full_name)
         return -1;
     }
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, ADD_NET_TEXT, full_name, username) != SUCCESS) {
+    if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(MXL_TMPL_ADD_NET, full_name, username)) !=
+        SUCCESS) {
         return -1;
     }
     LOG_AT(285, Debug, "syscmd:request=%s\n", request);
@@ -54,37 +54,42 @@ int AddNetwork(const char* username, const char* full_name)
     return -1;
 }
 
+namespace {
+
+constexpr CommandWords HANDLER = {
+    .file = __FILE_NAME__,
+    .function = "AddRemoteUserHandler",
+    .unread = "AddRemoteUser ",
+    .answer = "AddRemoteUser: error reading username/password/email params from request",
+    .null_line = 1334,
+    .unread_line = 1358,
+    .parameters = 1,
+};
+
+void addRemote(ITransaction& tx, std::string& response, const char* const* parameters)
+{
+    const char* username = parameters[0];
+    const int result = AddNetwork(username, "");
+    if (result == SUCCESS) {
+        tx.setCode(CODE_SUCCEED);
+        setResponse(response, "success");
+        LOG_IN(
+            HANDLER.function, 1346, Debug,
+            "[syscmd:AddRemoteUserHandler] :AddRemoteUser %s success\n", username
+        );
+        return;
+    }
+    LOG_IN(
+        HANDLER.function, 1351, Error,
+        "ERROR [syscmd:AddRemoteUserHandler] :AddRemoteUser %s failed with code=%d\n", username,
+        result
+    );
+    tx.setCode(CODE_FAILED); // the response stays as it was
+}
+
+} // namespace
+
 void AddRemoteUserHandler(ITransaction* pTx, std::string& response)
 {
-    if (pTx == nullptr) {
-        LOG_AT(1334, Error, "[syscmd:AddRemoteUserHandler] invalid input arguments");
-        return;
-    }
-    std::string username;
-    if (!readParameters(*pTx, username)) {
-        response = "AddRemoteUser: error reading username/password/email params from request";
-        LOG_AT(
-            1358, Error,
-            "ERROR [syscmd:AddRemoteUserHandler]: AddRemoteUser error reading "
-            "username/password/email params from request\n"
-        );
-        pTx->setCode(CODE_FAILED);
-        return;
-    }
-
-    const int result = AddNetwork(username.c_str(), "");
-    if (result == SUCCESS) {
-        pTx->setCode(CODE_SUCCEED);
-        response = "success";
-        LOG_AT(
-            1346, Debug, "[syscmd:AddRemoteUserHandler] :AddRemoteUser %s success\n",
-            username.c_str()
-        );
-        return;
-    }
-    LOG_AT(
-        1351, Error, "ERROR [syscmd:AddRemoteUserHandler] :AddRemoteUser %s failed with code=%d\n",
-        username.c_str(), result
-    );
-    pTx->setCode(CODE_FAILED); // the response stays as it was
+    runCommand(pTx, response, HANDLER, addRemote);
 }

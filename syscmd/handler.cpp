@@ -1,6 +1,7 @@
 #include "syscmd/handler.h"
 
 #include "common/io.h"
+#include "syscmd/command.h"
 #include "syscmd/operations.h"
 
 namespace {
@@ -18,15 +19,19 @@ void answer(ITransaction* pTx, const std::string& response, bool& answered)
 void carryOut(ITransaction* pTx, bool& answered)
 {
     MAX_LOG_LEVEL = pTx->getLogLevel();
-    pTx->setMoniker("/root/devices");
-    pTx->setMethod("userstate");
-    pTx->setBodyType("jobstate");
+    std::string response;
+    setResponse(response, "/root/devices");
+    pTx->setMoniker(response);
+    setResponse(response, "userstate");
+    pTx->setMethod(response);
+    setResponse(response, "jobstate");
+    pTx->setBodyType(response);
+    setResponse(response, FAILED_TEXT);
 
-    std::string response = FAILED_TEXT;
     std::string name;
     if (!pTx->getRequestParam(0, name)) {
         LOG_IN("execute", 1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
-        response = "getRequestParam() failed";
+        setResponse(response, "getRequestParam() failed");
         pTx->setCode(CODE_FAILED);
         answer(pTx, response, answered);
         return;
@@ -35,7 +40,8 @@ void carryOut(ITransaction* pTx, bool& answered)
     int is_owner = 0;
     int is_sh = 0;
     if (AuthenticateUser(name, pTx, is_owner, is_sh) != SUCCESS) {
-        answer(pTx, "access denied", answered);
+        setResponse(response, "access denied");
+        answer(pTx, response, answered);
         pTx->setCode(CODE_FAILED);
         return;
     }
@@ -47,7 +53,7 @@ void carryOut(ITransaction* pTx, bool& answered)
         return;
     }
     LOG_IN("execute", 1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str());
-    response = "operation unknown";
+    setResponse(response, "operation unknown");
     pTx->setCode(CODE_FAILED);
     answer(pTx, response, answered);
 }
@@ -58,7 +64,9 @@ void answerException(ITransaction* pTx, bool answered) noexcept
     try {
         pTx->setCode(CODE_FAILED);
         if (!answered) {
-            pTx->addResponseParam(FAILED_TEXT);
+            std::string response;
+            setResponse(response, FAILED_TEXT);
+            pTx->addResponseParam(response);
         }
     } catch (...) {
         LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");

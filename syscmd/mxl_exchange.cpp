@@ -1,7 +1,6 @@
 #include "syscmd/mxl_exchange.h"
 
 #include "common/common.h"
-#include "liblst/format.h"
 #include "liblst/owned.h"
 
 #include <cstring>
@@ -11,16 +10,17 @@ namespace {
 /** Logs what the operation says of a failure; returns -1, the failure. */
 int fail(const ExchangeWords& words, const Words& said)
 {
-    logStatement(LogLevel::Error, words.file, said.line, words.function, "%s", said.text);
+    logStatement(
+        LogLevel::Error, words.file, said.line, words.function, "ERROR [syscmd:%s]%s",
+        words.function, said.text
+    );
     return -1;
 }
 
 } // namespace
 
-int formatRequest(char** request, const ExchangeWords& words, const char* format, ...)
+int takeRequest(char** request, const ExchangeWords& words, char* text)
 {
-    char* text = nullptr;
-    FORMAT_ARGUMENTS(text, format);
     if (text == nullptr) {
         return fail(words, words.unformatted);
     }

@@ -5,21 +5,21 @@
  * The steps are separate because some operations log between them:
  *
  *     AUTO_FREE char* request = nullptr;
- *     if (formatRequest(&request, WORDS, DELETE_USER_TEXT, user_id) != SUCCESS) return -1;
- *     AUTO_FREE char* reply = nullptr;
- *     if (sendRequest(&reply, WORDS, request) != SUCCESS) return -1;
- *     AUTO_FREE char* detail = nullptr;
- *     switch (readOutcome(&detail, WORDS, reply)) …
+ *     if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(DELETE_USER_MXL, user_id)) != SUCCESS)
+ * return -1; AUTO_FREE char* reply = nullptr; if (sendRequest(&reply, WORDS, request) != SUCCESS)
+ * return -1; AUTO_FREE char* detail = nullptr; switch (readOutcome(&detail, WORDS, reply)) …
  *
  * Locals declared in this order are released as status, reply, request.
  */
 #pragma once
 
+#include "common/format_template.h"
 #include "common/io.h"
 
-/** One fixed log statement at ERROR: its source line and its whole text. */
+/** One fixed log statement at ERROR: its source line, and what it says behind
+ * "ERROR [syscmd:<function>]", the line end included. */
 struct Words {
-    int line;
+    short line;
     const char* text;
 };
 
@@ -43,15 +43,14 @@ enum class Outcome {
 };
 
 /**
- * Formats a request.
+ * Takes a request that was formatted by FORMAT_TEMPLATE.
  *
  * @param request  receives the request, which the caller releases with free(); untouched on failure
  * @param words    what to log on failure
- * @param format   a request text, and its arguments
- * @return 0, or -1 when memory runs out (logged)
+ * @param text     the formatted request, now the routine's; null when there was no memory for it
+ * @return 0, or -1 when there is no text (logged)
  */
-[[gnu::format(printf, 3, 4)]] int
-formatRequest(char** request, const ExchangeWords& words, const char* format, ...);
+int takeRequest(char** request, const ExchangeWords& words, char* text);
 
 /**
  * Sends a request and hands back its reply.

@@ -4,6 +4,7 @@
 #include "common/common.h"
 
 #include <string>
+#include <string_view>
 
 /** Who may ask for an operation. */
 enum class Requester {
@@ -13,7 +14,7 @@ enum class Requester {
 };
 
 struct Operation {
-    const char* name;
+    std::string_view name;
     Requester requester;
     void (*handle)(ITransaction* pTx, std::string& response);
 };

@@ -4,6 +4,7 @@
 #include "common/io.h"
 #include "common/isowner.h"
 #include "liblst/owned.h"
+#include "liblst/whole_file.h"
 
 #include <cstring>
 
@@ -11,9 +12,12 @@ namespace {
 
 char* readOwnerFile(const char* begin, const char* end)
 {
-    AUTO_FREE char* content = aGetFile("%s", OWNER_FILE);
+    AUTO_FREE char* content = nullptr;
     char* value = nullptr;
-    return content != nullptr && CutStr(&value, content, begin, end) == SUCCESS ? value : nullptr;
+    return readFile(&content, OWNER_FILE, OnReadError::Keep) == SUCCESS &&
+                   CutStr(&value, content, begin, end) == SUCCESS
+               ? value
+               : nullptr;
 }
 
 } // namespace

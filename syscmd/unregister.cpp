@@ -1,14 +1,14 @@
 #include "syscmd/unregister.h"
 
 #include "liblst/owned.h"
+#include "syscmd/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
 
 namespace {
 
 /** A statement that names its own file and line in its text. */
-#define HERE(line) "ERROR [syscmd:Unregister]:" __FILE_NAME__ ":" #line " "
+#define HERE(line) ":" __FILE_NAME__ ":" #line " "
 
 constexpr ExchangeWords WORDS = {
     .file = __FILE_NAME__,
@@ -27,7 +27,7 @@ int Unregister()
     LOG_AT(1190, Debug, "DEBUG:%s:%d Unregister\n", __FILE_NAME__, 1190);
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, UNREGISTER_USER_TEXT) != SUCCESS) {
+    if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(UNREGISTER_USER_MXL)) != SUCCESS) {
         return -1;
     }
     AUTO_FREE char* reply = nullptr;
@@ -47,22 +47,37 @@ int Unregister()
     return -1;
 }
 
-void UnregisterHandler(ITransaction* pTx, std::string& response)
+namespace {
+
+constexpr CommandWords HANDLER = {
+    .file = __FILE_NAME__,
+    .function = "UnregisterHandler",
+    .unread = "",
+    .answer = "",
+    .null_line = 1367,
+    .unread_line = 0,
+    .parameters = 0,
+};
+
+void release(ITransaction& tx, std::string& response, const char* const* /*parameters*/)
 {
-    if (pTx == nullptr) {
-        LOG_AT(1367, Error, "[syscmd:UnregisterHandler] invalid input arguments");
-        return;
-    }
     const int result = Unregister();
     if (result == SUCCESS) {
-        pTx->setCode(CODE_NOREPLY); // nobody is left to read a response: it stays as it was
-        LOG_AT(1375, Info, "[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
+        tx.setCode(CODE_NOREPLY); // nobody is left to read a response: it stays as it was
+        LOG_IN(HANDLER.function, 1375, Info, "[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
         return;
     }
-    pTx->setCode(CODE_FAILED);
-    response = "unregister operation failed";
-    LOG_AT(
-        1382, Error, "ERROR [syscmd:UnregisterHandler]: Unregister operation failed with code=%d\n",
-        result
+    tx.setCode(CODE_FAILED);
+    setResponse(response, "unregister operation failed");
+    LOG_IN(
+        HANDLER.function, 1382, Error,
+        "ERROR [syscmd:UnregisterHandler]: Unregister operation failed with code=%d\n", result
     );
+}
+
+} // namespace
+
+void UnregisterHandler(ITransaction* pTx, std::string& response)
+{
+    runCommand(pTx, response, HANDLER, release);
 }

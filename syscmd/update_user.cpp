@@ -1,43 +1,43 @@
 #include "common/io.h"
 #include "liblst/owned.h"
+#include "syscmd/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/local_conflicts.h"
 #include "syscmd/owner_query.h"
-#include "syscmd/parameters.h"
 #include "syscmd/user_query.h"
 #include "syscmd/user_update.h"
 
 namespace {
 
-/** What the command asks for. */
-struct Request {
-    std::string username;
-    std::string password_hash;
-    std::string email;
-    std::string p2pusername;
+constexpr CommandWords HANDLER = {
+    .file = __FILE_NAME__,
+    .function = "UpdateUserHandler",
+    .unread = "Update User: ",
+    .answer = "Update User: error reading username/password/email params from request",
+    .null_line = __LINE__,
+    .unread_line = __LINE__,
+    .parameters = 4,
 };
 
 /** Rewrites the owner file under the owner's new name, keeping the peer-to-peer owner. */
-int renameOwner(const std::string& new_username)
+int renameOwner(const char* new_username)
 {
     AUTO_FREE char* p2powner = GetP2POwner();
     return createOwnerFile(true, new_username, p2powner, OWNER_FILE);
 }
 
 /** The text of the failure, logged; null when the account was updated. */
-const char* update(const Request& request)
+const char*
+update(const char* username, const char* password_hash, const char* email, const char* p2pusername)
 {
-    static constexpr const char* FUNCTION = "UpdateUserHandler";
-    const char* username = request.username.c_str();
-    const std::string new_username = accountName(request.email);
-
-    if (resolveLocalUserConflicts(username, new_username.c_str(), request.p2pusername.c_str()) !=
-        SUCCESS) {
+    AccountName new_name;
+    const char* new_username = accountName(new_name, email);
+    if (resolveLocalUserConflicts(username, new_username, p2pusername) != SUCCESS) {
         LOG_IN(
-            FUNCTION, __LINE__, Error,
+            HANDLER.function, __LINE__, Error,
             "[syscmd:UpdateUserHandler]: failed resolving username conflict with local user for "
             "updated account %s\n",
-            request.email.c_str()
+            email
         );
         return "UpdateUser failed";
     }
@@ -45,7 +45,7 @@ const char* update(const Request& request)
     AUTO_FREE char* user_id = nullptr;
     if (GetUserIDByUsername(&user_id, username) != SUCCESS) {
         LOG_IN(
-            FUNCTION, __LINE__, Error,
+            HANDLER.function, __LINE__, Error,
             "ERROR [syscmd:UpdateUserHandler]: Failed getting user %s id\n", username
         );
         return "UpdateUser failed: unable to get local user id";
@@ -53,13 +53,10 @@ const char* update(const Request& request)
 
     int is_owner = 0;
     const char* group = getGroupByUsername(username, &is_owner);
-    const int code = UpdateUser(
-        user_id, new_username.c_str(), request.password_hash.c_str(), group, request.email.c_str(),
-        request.p2pusername.c_str()
-    );
+    const int code = UpdateUser(user_id, new_username, password_hash, group, email, p2pusername);
     if (code != SUCCESS) {
         LOG_IN(
-            FUNCTION, __LINE__, Error,
+            HANDLER.function, __LINE__, Error,
             "ERROR [syscmd:UpdateUserHandler]: UpdateUser %s failed with code=%d\n", username, code
         );
         return "UpdateUser failed";
@@ -67,7 +64,7 @@ const char* update(const Request& request)
 
     if (is_owner == 1 && renameOwner(new_username) != SUCCESS) {
         LOG_IN(
-            FUNCTION, __LINE__, Error,
+            HANDLER.function, __LINE__, Error,
             "ERROR [syscmd:UpdateUserHandler] failed updating skyhold owner file\n"
         );
         return "UpdateUser failed";
@@ -75,33 +72,25 @@ const char* update(const Request& request)
     return nullptr;
 }
 
+void change(ITransaction& tx, std::string& response, const char* const* parameters)
+{
+    AccountName name;
+    const char* username = accountName(name, parameters[0]);
+    LOG_IN(HANDLER.function, __LINE__, Debug, "syscmd:UpdateUserHandler %s\n", username);
+
+    if (const char* failure = update(username, parameters[1], parameters[2], parameters[3])) {
+        setResponse(response, failure);
+        tx.setCode(CODE_FAILED);
+    }
+}
+
 } // namespace
 
 void UpdateUserHandler(ITransaction* pTx, std::string& response)
 {
-    if (pTx == nullptr) {
-        LOG(Error, "[syscmd:UpdateUserHandler] invalid input arguments");
-        return;
+    if (pTx != nullptr) {
+        pTx->setCode(CODE_SUCCEED);
+        setResponse(response, "success");
     }
-    pTx->setCode(CODE_SUCCEED);
-    response = "success";
-
-    Request request;
-    if (!readParameters(
-            *pTx, request.username, request.password_hash, request.email, request.p2pusername
-        )) {
-        response = "Update User: error reading username/password/email params from request";
-        LOG(Error,
-            "ERROR [syscmd:UpdateUserHandler]: Update User: error reading username/password/email "
-            "params from request\n");
-        pTx->setCode(CODE_FAILED);
-        return;
-    }
-    request.username = accountName(request.username);
-    LOG(Debug, "syscmd:UpdateUserHandler %s\n", request.username.c_str());
-
-    if (const char* failure = update(request)) {
-        response = failure;
-        pTx->setCode(CODE_FAILED);
-    }
+    runCommand(pTx, response, HANDLER, change);
 }

@@ -2,9 +2,9 @@
 
 #include "common/io.h"
 #include "liblst/owned.h"
+#include "syscmd/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/owner_query.h"
-#include "syscmd/parameters.h"
 #include "syscmd/user_query.h"
 #include "syscmd/user_update.h"
 
@@ -44,60 +44,67 @@ int UpgradeUserToSSO(
     return result;
 }
 
-void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
+namespace {
+
+constexpr CommandWords HANDLER = {
+    .file = __FILE_NAME__,
+    .function = "UpgradeUserToSSOHandler",
+    .unread = "",
+    .answer = "UpgradeUserToSSO: error reading username/password/email params from request",
+    .null_line = 1434,
+    .unread_line = 1477,
+    .parameters = 3,
+};
+
+void upgrade(ITransaction& tx, std::string& response, const char* const* parameters)
 {
-    if (pTx == nullptr) {
-        LOG_AT(1434, Error, "[syscmd:UpgradeUserToSSOHandler] invalid input arguments");
-        return;
-    }
-    std::string p2pusername;
-    std::string email;
-    std::string ssopassword;
-    if (!readParameters(*pTx, p2pusername, email, ssopassword)) {
-        response = "UpgradeUserToSSO: error reading username/password/email params from request";
-        LOG_AT(
-            1477, Error,
-            "ERROR [syscmd:UpgradeUserToSSOHandler]: error reading username/password/email params "
-            "from request\n"
-        );
-        pTx->setCode(CODE_FAILED);
-        return;
-    }
-    const std::string ssousername = accountName(email);
-    LOG_AT(
-        1443, Info, "syscmd:UpgradeUserToSSOHandler %s %s", p2pusername.c_str(), ssousername.c_str()
+    const char* p2pusername = parameters[0];
+    const char* email = parameters[1];
+    const char* ssopassword = parameters[2];
+    AccountName name;
+    const char* ssousername = accountName(name, email);
+    LOG_IN(
+        HANDLER.function, 1443, Info, "syscmd:UpgradeUserToSSOHandler %s %s", p2pusername,
+        ssousername
     );
 
     AUTO_FREE char* user_id = nullptr;
-    if (GetUserIDByUsername(&user_id, p2pusername.c_str()) != SUCCESS) {
-        response = "UpgradeUserToSSO: failed retrieve local user by username:" + p2pusername;
-        LOG_AT(
-            1470, Error,
-            "ERROR [syscmd:UpgradeUserToSSOHandler]:failed retrieve local user by username: %s\n",
-            p2pusername.c_str()
+    if (GetUserIDByUsername(&user_id, p2pusername) != SUCCESS) {
+        setResponse(
+            response, "UpgradeUserToSSO: failed retrieve local user by username:", p2pusername
         );
-        pTx->setCode(CODE_FAILED);
+        LOG_IN(
+            HANDLER.function, 1470, Error,
+            "ERROR [syscmd:UpgradeUserToSSOHandler]:failed retrieve local user by username: %s\n",
+            p2pusername
+        );
+        tx.setCode(CODE_FAILED);
         return;
     }
 
-    const char* new_password = ssopassword.empty() ? nullptr : ssopassword.c_str();
-    const int result = UpgradeUserToSSO(
-        user_id, p2pusername.c_str(), ssousername.c_str(), new_password, email.c_str()
-    );
+    const char* new_password = *ssopassword == '\0' ? nullptr : ssopassword;
+    const int result = UpgradeUserToSSO(user_id, p2pusername, ssousername, new_password, email);
     if (result == SUCCESS) {
-        pTx->setCode(CODE_SUCCEED);
-        response = "success";
-        LOG_AT(
-            1455, Debug, "[syscmd:UpgradeUserToSSOHandler]: UpgradeUserToSSO %s success",
-            p2pusername.c_str()
+        tx.setCode(CODE_SUCCEED);
+        setResponse(response, "success");
+        LOG_IN(
+            HANDLER.function, 1455, Debug,
+            "[syscmd:UpgradeUserToSSOHandler]: UpgradeUserToSSO %s success", p2pusername
         );
         return;
     }
-    response = "UpgradeUserToSSO: error upgrading p2p user:" + p2pusername;
-    LOG_AT(
-        1461, Error,
+    setResponse(response, "UpgradeUserToSSO: error upgrading p2p user:", p2pusername);
+    LOG_IN(
+        HANDLER.function, 1461, Error,
         "ERROR [syscmd:UpgradeUserToSSOHandler]:UpgradeUserToSSO %s failed with code=%d\n",
-        p2pusername.c_str(), result
+        p2pusername, result
     );
-    pTx->setCode(CODE_FAILED);
+    tx.setCode(CODE_FAILED);
+}
+
+} // namespace
+
+void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
+{
+    runCommand(pTx, response, HANDLER, upgrade);
 }

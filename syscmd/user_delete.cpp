@@ -4,7 +4,6 @@
 #include "common/isowner.h"
 #include "liblst/owned.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
 #include "syscmd/user_query.h"
 
 #include <cstring>
@@ -15,21 +14,21 @@ namespace {
 constexpr ExchangeWords NETWORK_WORDS = {
     .file = __FILE_NAME__,
     .function = "DelNetwork",
-    .unformatted = {__LINE__, "ERROR [syscmd:DelNetwork]: asprintf failed\n"},
-    .unsent = {__LINE__, "ERROR [syscmd:DelNetwork]: SendMXLtoBWD failed\n"},
-    .unanswered = {__LINE__, "ERROR [syscmd:DelNetwork]: SendMXLtoBWD failed\n"},
-    .unread = {__LINE__, "ERROR [syscmd:DelNetwork]: GetMXLStatus failed\n"},
-    .undetailed = {__LINE__, "ERROR [syscmd:DelNetwork]: GetMXLErrorDetail failed\n"},
+    .unformatted = {__LINE__, ": asprintf failed\n"},
+    .unsent = {__LINE__, ": SendMXLtoBWD failed\n"},
+    .unanswered = {__LINE__, ": SendMXLtoBWD failed\n"},
+    .unread = {__LINE__, ": GetMXLStatus failed\n"},
+    .undetailed = {__LINE__, ": GetMXLErrorDetail failed\n"},
 };
 
 constexpr ExchangeWords USER_WORDS = {
     .file = __FILE_NAME__,
     .function = "DelUser",
-    .unformatted = {__LINE__, "ERROR [syscmd:DelUser]: asprintf failed\n"},
-    .unsent = {__LINE__, "ERROR [syscmd:DelUser]: process_request_bwdclient failed\n"},
-    .unanswered = {__LINE__, "ERROR [syscmd:DelUser]: respond is not initialized\n"},
-    .unread = {__LINE__, "ERROR [syscmd:DelUser]: GetMXLStatus failed\n"},
-    .undetailed = {__LINE__, "ERROR [syscmd:DelUser]: GetMXLErrorDetail failed\n"},
+    .unformatted = {__LINE__, ": asprintf failed\n"},
+    .unsent = {__LINE__, ": process_request_bwdclient failed\n"},
+    .unanswered = {__LINE__, ": respond is not initialized\n"},
+    .unread = {__LINE__, ": GetMXLStatus failed\n"},
+    .undetailed = {__LINE__, ": GetMXLErrorDetail failed\n"},
 };
 
 bool isEmpty(const char* text)
@@ -56,7 +55,8 @@ int DelNetwork(const char* username)
         return -1;
     }
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, NETWORK_WORDS, DEL_NET_TEXT, username) != SUCCESS) {
+    if (takeRequest(&request, NETWORK_WORDS, FORMAT_TEMPLATE(MXL_TMPL_DEL_NET, username)) !=
+        SUCCESS) {
         return -1;
     }
     AUTO_FREE char* reply = nullptr;
@@ -102,7 +102,7 @@ int DelUser(const char* username, const char* p2pusername, int force)
     }
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, USER_WORDS, DELETE_USER_TEXT, id) != SUCCESS) {
+    if (takeRequest(&request, USER_WORDS, FORMAT_TEMPLATE(DELETE_USER_MXL, id)) != SUCCESS) {
         return -1;
     }
     AUTO_FREE char* reply = nullptr;

@@ -4,7 +4,6 @@
 #include "common/system_accounts.h"
 #include "liblst/liblst.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
 #include "syscmd/user_records.h"
 
 namespace {
@@ -12,11 +11,11 @@ namespace {
 constexpr ExchangeWords WORDS = {
     .file = __FILE_NAME__,
     .function = "GetUserData",
-    .unformatted = {__LINE__, "ERROR [syscmd:GetUserData]: asprintf failed\n"},
-    .unsent = {__LINE__, "ERROR [syscmd:GetUserData]: process_request_bwdclient failed\n"},
-    .unanswered = {__LINE__, "ERROR [syscmd:GetUserData]: respond is NULL\n"},
-    .unread = {__LINE__, "ERROR [syscmd:GetUserData]: GetMXLStatus failed\n"},
-    .undetailed = {__LINE__, "ERROR [syscmd:GetUserData]: GetMXLErrorDetail failed\n"},
+    .unformatted = {__LINE__, ": asprintf failed\n"},
+    .unsent = {__LINE__, ": process_request_bwdclient failed\n"},
+    .unanswered = {__LINE__, ": respond is NULL\n"},
+    .unread = {__LINE__, ": GetMXLStatus failed\n"},
+    .undetailed = {__LINE__, ": GetMXLErrorDetail failed\n"},
 };
 
 /** Names of this kind match every query. */
@@ -53,7 +52,7 @@ bool matches(const UserRecord& record, std::string_view username)
 /** Walks the records of a reply to the one that matches; logs each that does not. */
 int findMatch(const UserData& out, const char* username, const char* request, const char* reply)
 {
-    UserRecords records = {.reply = reply};
+    UserRecords records = {.cursor = reply};
     UserRecord record;
     bool empty = true;
     bool damaged = false;
@@ -133,7 +132,8 @@ int GetUserData(char** user_id, char** user_group, char** user_email, const char
     LOG(Debug, "syscmd:GetID: username=%s\n", username);
 
     AUTO_FREE char* request = nullptr;
-    if (formatRequest(&request, WORDS, GET_USER_DATA_TEXT, "", username, "") != SUCCESS) {
+    if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(GET_USER_DATA_MXL, "", username, "")) !=
+        SUCCESS) {
         return -1;
     }
     AUTO_FREE char* reply = nullptr;

@@ -1,27 +1,28 @@
 #include "syscmd/user_records.h"
 
-#include "common/cut.h"
+#include <cstring>
 
 namespace {
 
-/** First occurrence of the marker at or behind `from`, else npos; `from` never goes back. */
-std::size_t find(MarkerPosition* position, std::string_view text, std::size_t from)
+/** First occurrence of the marker at or behind `from`, else null; `from` never goes back. */
+const char* find(MarkerPosition* position, const char* from)
 {
-    if (!position->searched || position->at < from) {
-        position->at = findMarker(text, position->marker, from);
+    if (!position->searched || (position->at != nullptr && position->at < from)) {
+        position->at = strstr(from, position->marker.data());
         position->searched = true;
     }
     return position->at;
 }
 
-std::string_view read(FieldPosition* field, std::string_view reply, std::size_t record)
+std::string_view read(FieldPosition* field, const char* record)
 {
-    const std::size_t begin = find(&field->begin, reply, record);
-    if (begin == std::string_view::npos) {
+    const char* begin = find(&field->begin, record);
+    if (begin == nullptr) {
         return "";
     }
-    const std::size_t value = begin + field->begin.marker.size();
-    return reply.substr(value, find(&field->end, reply, value) - value);
+    const char* value = begin + field->begin.marker.size();
+    const char* end = find(&field->end, value);
+    return end != nullptr ? std::string_view(value, static_cast<std::size_t>(end - value)) : value;
 }
 
 } // namespace
@@ -29,19 +30,16 @@ std::string_view read(FieldPosition* field, std::string_view reply, std::size_t 
 bool nextRecord(UserRecords* records, UserRecord* record)
 {
     // A record begins behind the first byte of the reply, or of the record before it.
-    const std::size_t from = records->cursor + 1;
-    if (from >= records->reply.size()) {
-        return false;
-    }
-    const std::size_t start = find(&records->start, records->reply, from);
-    if (start == std::string_view::npos) {
+    const char* start =
+        *records->cursor != '\0' ? find(&records->start, records->cursor + 1) : nullptr;
+    if (start == nullptr) {
         return false;
     }
 
     records->cursor = start;
-    record->id = read(&records->id, records->reply, start);
-    record->group = read(&records->group, records->reply, start);
-    record->name = read(&records->name, records->reply, start);
-    record->email = read(&records->email, records->reply, start);
+    record->id = read(&records->id, start);
+    record->group = read(&records->group, start);
+    record->name = read(&records->name, start);
+    record->email = read(&records->email, start);
     return true;
 }

@@ -15,7 +15,7 @@ struct UserRecord {
  * the reply twice. */
 struct MarkerPosition {
     std::string_view marker;
-    std::size_t at = 0;
+    const char* at = nullptr; // null behind the last one
     bool searched = false;
 };
 
@@ -27,8 +27,7 @@ struct FieldPosition {
 
 /** A walk over the records of a reply, which must outlive it. */
 struct UserRecords {
-    std::string_view reply;
-    std::size_t cursor = 0;
+    const char* cursor; // the reply, then the last record
     MarkerPosition start = {"<User id="};
     FieldPosition id = {{"<User_Id>"}, {"</User_Id>"}};
     FieldPosition group = {{"<Group_Name><![CDATA["}, {"]]></Group_Name>"}};

@@ -3,7 +3,6 @@
 #include "common/common.h"
 #include "liblst/owned.h"
 #include "syscmd/mxl_exchange.h"
-#include "syscmd/mxl_texts.h"
 #include "syscmd/owner_query.h"
 #include "syscmd/password_pair.h"
 
@@ -14,11 +13,11 @@ namespace {
 constexpr ExchangeWords WORDS = {
     .file = __FILE_NAME__,
     .function = "UpdateUser",
-    .unformatted = {__LINE__, "ERROR [syscmd:UpdateUser]: asprintf failed\n"},
-    .unsent = {__LINE__, "ERROR [syscmd:UpdateUser]: process_request_bwdclient failed\n"},
-    .unanswered = {__LINE__, "ERROR [syscmd:UpdateUser]: respond is not initialized\n"},
-    .unread = {__LINE__, "ERROR [syscmd:UpdateUser]: GetMXLStatus failed\n"},
-    .undetailed = {__LINE__, "ERROR [syscmd:UpdateUser]: GetMXLErrorDetail failed\n"},
+    .unformatted = {__LINE__, ": asprintf failed\n"},
+    .unsent = {__LINE__, ": process_request_bwdclient failed\n"},
+    .unanswered = {__LINE__, ": respond is not initialized\n"},
+    .unread = {__LINE__, ": GetMXLStatus failed\n"},
+    .undetailed = {__LINE__, ": GetMXLErrorDetail failed\n"},
 };
 
 /** The name under which the daemon is asked: the cloud owner's, cut; null when it is not known. */
@@ -59,9 +58,12 @@ int formatWithHashes(char** request, const Change& to, const PasswordPair& hashe
             "p2pusername=%s\n",
             to.username, hashes.smb, hashes.system, group, to.email, p2pusername
         );
-        return formatRequest(
-            request, WORDS, UPDATE_ACCOUNT_TEXT, to.owner, to.id, to.id, to.id, to.username,
-            hashes.smb, hashes.system, group, to.email, p2pusername
+        return takeRequest(
+            request, WORDS,
+            FORMAT_TEMPLATE(
+                UPDATE_ACCOUNT_MXL, to.owner, to.id, to.id, to.id, to.username, hashes.smb,
+                hashes.system, group, to.email, p2pusername
+            )
         );
     }
     LOG_IN(
@@ -70,9 +72,12 @@ int formatWithHashes(char** request, const Change& to, const PasswordPair& hashe
         "p2pusername=%s\n",
         to.username, hashes.smb, hashes.system, group, to.email, p2pusername
     );
-    return formatRequest(
-        request, WORDS, RENAME_ACCOUNT_WITH_P2P_USERNAME_TEXT, to.owner, to.id, to.id, to.id,
-        to.username, hashes.smb, hashes.system, group, to.email, p2pusername
+    return takeRequest(
+        request, WORDS,
+        FORMAT_TEMPLATE(
+            RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME, to.owner, to.id, to.id, to.id, to.username,
+            hashes.smb, hashes.system, group, to.email, p2pusername
+        )
     );
 }
 
@@ -81,9 +86,11 @@ int formatWithoutHashes(char** request, const Change& to)
 {
     if (to.p2pusername == nullptr) {
         LOG_IN(WORDS.function, __LINE__, Info, "[syscmd:UpdateUser] username=%s\n", to.username);
-        return formatRequest(
-            request, WORDS, RENAME_ACCOUNT_NO_PASSWORD_TEXT, to.owner, to.id, to.id, to.id,
-            to.username, to.email
+        return takeRequest(
+            request, WORDS,
+            FORMAT_TEMPLATE(
+                RENAME_ACCOUNT_NO_PASSWORD_MXL, to.owner, to.id, to.id, to.id, to.username, to.email
+            )
         );
     }
     const char* group = printable(to.group);
@@ -92,9 +99,12 @@ int formatWithoutHashes(char** request, const Change& to)
         "[syscmd:UpdateUser] username=%s, group=%s, email=%s p2pusername=%s\n", to.username, group,
         to.email, to.p2pusername
     );
-    return formatRequest(
-        request, WORDS, RENAME_ACCOUNT_WITH_P2P_USERNAME_NO_PASSWORD_TEXT, to.owner, to.id, to.id,
-        to.id, to.username, group, to.email, to.p2pusername
+    return takeRequest(
+        request, WORDS,
+        FORMAT_TEMPLATE(
+            RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD, to.owner, to.id, to.id, to.id,
+            to.username, group, to.email, to.p2pusername
+        )
     );
 }
 

@@ -16,6 +16,14 @@
 
 CALL("access", int, access, (const char* path, int mode), (path, mode), -1)
 CALL("open", int, creat64, (const char* path, mode_t mode), (path, mode), -1)
+CALL(
+    "open",
+    int,
+    openat64,
+    (int directory, const char* name, int flags, ...),
+    (directory, name, flags),
+    -1
+)
 DECLARE(int, open64, (const char* path, int flags, ...))
 {
     va_list arguments;
@@ -69,9 +77,25 @@ DECLARE(int, fclose, (FILE * stream))
 
 CALL("stat", int, stat64, (const char* path, struct stat64* status), (path, status), -1)
 CALL("stat", int, fstat64, (int fd, struct stat64* status), (fd, status), -1)
+CALL(
+    "stat",
+    int,
+    fstatat64,
+    (int directory, const char* name, struct stat64* status, int flags),
+    (directory, name, status, flags),
+    -1
+)
 CALL("mkdir", int, mkdir, (const char* path, mode_t mode), (path, mode), -1)
 CALL("unlink", int, unlink, (const char* path), (path), -1)
-CALL("chmod", int, chmod, (const char* path, mode_t mode), (path, mode), -1)
+CALL(
+    "unlink",
+    int,
+    unlinkat,
+    (int directory, const char* name, int flags),
+    (directory, name, flags),
+    -1
+)
+CALL("chmod", int, fchmod, (int fd, mode_t mode), (fd, mode), -1)
 CALL("shm_unlink", int, shm_unlink, (const char* name), (name), -1)
 DECLARE(int, ioctl, (int fd, unsigned long request, ...))
 {
@@ -92,14 +116,7 @@ CALL(
     (*found = nullptr, EIO)
 )
 RELEASE("closedir", closedir, (DIR * directory), (directory), -1, 1)
-using Filter = int (*)(const dirent64*);
-using Order = int (*)(const dirent64**, const dirent64**);
-DECLARE(int, scandir64, (const char* path, dirent64*** entries, Filter filter, Order order))
-{
-    const int count = strike("opendir") != 0 ? -1 : __real_scandir64(path, entries, filter, order);
-    live += count + 1; // the array, and the entries
-    return count;
-}
+CALL("readdir", dirent64*, readdir64, (DIR * directory), (directory), nullptr)
 
 /** A re-entrant look-up: it returns its error. */
 #define LOOK_UP(type, name, key_type)                                                              \

@@ -51,9 +51,11 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
         recorded("pathTooLong", "bob", PATH_OF_255 + "t", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
         recorded("directoryIsAFile", "bob", "t", "1", "rm -rf " + SESSIONS + "; : > /opt/skyhold/etc/local_sessions",
             {}, "test -f /opt/skyhold/etc/local_sessions; rm /opt/skyhold/etc/local_sessions"),
+        // Two of them are dated beyond what 32 bits hold.
         recorded("sweepsOldRecords", "bob", "t", "1",
             record("a", "carol", DAY + 10) + record("b", "bob", DAY - 60) + record("c", "", DAY + 10) +
-                ": > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS + "d; ln -s /etc/passwd " + SESSIONS +
+                "touch -d @-2208988800 " + SESSIONS + "c; touch -d 2100-01-01 " + SESSIONS +
+                "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS + "d; ln -s /etc/passwd " + SESSIONS +
                 "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
             {saidRemoved("a"), saidRemoved("c")},
             "test \"$(ls " + SESSIONS + " | xargs)\" = 'b d l t' && ! test -e /dev/shm/a && rm /dev/shm/b"),

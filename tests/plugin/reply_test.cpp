@@ -59,7 +59,7 @@ TEST(GetMXLStatus, table)
 
 TEST(UserRecords, aMissingFieldComesFromALaterRecord)
 {
-    UserRecords records = {.reply = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"
+    UserRecords records = {.cursor = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"
                                     "<User id=\"2\"><User_Id>2</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
                                     "<User_Name><![CDATA[n]]></User_Name><Email_Address><![CDATA[e"};
     UserRecord record;
@@ -81,7 +81,7 @@ double walk(int count, const std::string& one)
     for (int i = 0; i < count; ++i)
         reply += one;
     const auto start = std::chrono::steady_clock::now();
-    UserRecords records = {.reply = reply};
+    UserRecords records = {.cursor = reply.c_str()};
     UserRecord record;
     int seen = 0;
     while (nextRecord(&records, &record))

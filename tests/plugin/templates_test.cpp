@@ -1,6 +1,5 @@
 // The request templates, byte by byte against golden files, and as XML once they are filled in.
-#include "common/mxl_texts.h"
-#include "syscmd/mxl_templates.h"
+#include "common/mxl_templates.h"
 
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
@@ -30,7 +29,6 @@ const Template TEMPLATES[] = {
     {"QUERY_USER_BY_ID_MXL", QUERY_USER_BY_ID_MXL},
     {"DELETE_USER_MXL", DELETE_USER_MXL},
     {"UNREGISTER_USER_MXL", UNREGISTER_USER_MXL},
-    {"LOCK_QUERY", LOCK_QUERY_TEXT},
 };
 
 std::string golden(const std::string& name)

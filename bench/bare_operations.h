@@ -1,0 +1,7 @@
+/** The floors of the operations, for commands that succeed. */
+#pragma once
+
+#include "common/common.h"
+
+/** Carries out a command as execute() does, by the least calls. */
+void bareExecute(ITransaction& transaction);

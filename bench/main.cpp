@@ -1,0 +1,44 @@
+/** Measures what ships against its peers and its floor; docs/performance.md. Runs on a private
+ * device. */
+#include "bench/families.h"
+
+#include <malloc.h>
+
+#include <CLI/CLI.hpp>
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Measures the plug-in and its libraries against their peers and their floor.");
+    Options options;
+    app.add_option("CASE", options.name, "only cases whose names hold this text");
+    app.add_flag("--check", options.check_only, "only results, growth and counts, as tests");
+    bool instructions = false;
+    app.add_flag(
+           "--instructions", instructions, "one run of each operation and floor, for callgrind"
+    )
+        ->group("");
+    CLI11_PARSE(app, argc, argv);
+    if (instructions) {
+        runUnderCallgrind();
+        return 0;
+    }
+
+    // Freed memory stays in the process, so that clearing pages, which both sides pay alike, hides
+    // nothing.
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+
+    Frame frame(options);
+    printHead();
+    benchHashes(frame);
+    benchLog(frame);
+    benchUserQuery(frame);
+    benchOperations(frame);
+    benchSessions(frame);
+    benchLists(frame);
+    benchStrings(frame);
+    benchFiles(frame);
+    benchLines(frame);
+    benchConfig(frame);
+    return frame.finish();
+}

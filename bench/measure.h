@@ -1,0 +1,18 @@
+/** Timing two pieces of work against each other. */
+#pragma once
+
+#include "bench/frame.h"
+
+/** A median and its quartiles. */
+struct Spread {
+    double median;
+    double low;
+    double high;
+    double seconds; // of one piece of our work, for orientation
+};
+
+/** The ratio of the processor time of `ours` to that of `peer`, from pairs of batches in turn. */
+Spread measureRatio(const Case& about, const Batch& ours, const Batch& peer);
+
+/** How many times as long the larger work takes, by the quickest of several runs of each. */
+double measureGrowth(const std::function<void()>& small, const std::function<void()>& large);
