@@ -3,10 +3,6 @@
 #include <atomic>
 #include <cstdlib>
 
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
-#endif
-
 namespace {
 
 Allocations counted;
@@ -29,6 +25,11 @@ void countRelease()
 } // namespace
 
 #if defined(__SANITIZE_ADDRESS__)
+
+// Of the sanitizer's interface, whose header g++ does not come with.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(
+    void (*on_malloc)(const volatile void*, std::size_t), void (*on_free)(const volatile void*)
+);
 
 namespace {
 

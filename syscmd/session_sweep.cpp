@@ -185,7 +185,9 @@ int CleanupObsoleteLocalSessions(const char* immutableOwner)
         }
     }
 
-    qsort(findings.items, findings.count, sizeof(Finding), byName);
+    if (findings.count > 1) {
+        qsort(findings.items, findings.count, sizeof(Finding), byName);
+    }
     for (std::size_t i = 0; i < findings.count; ++i) {
         const Finding& record = findings.items[i];
         if (record.maybe_pinned) {
