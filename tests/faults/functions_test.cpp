@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace {
@@ -36,7 +37,7 @@ std::string joined(char** list)
     }
     return all;
 }
-std::string outcome(long result, const std::string& after)
+std::string with(long result, const std::string& after)
 {
     return std::to_string(result) + ' ' + after;
 }
@@ -44,8 +45,7 @@ std::string outcome(long result, const std::string& after)
 char** oldList()
 {
     char** list = nullptr;
-    lstPush(&list, "old");
-    lstPush(&list, "value");
+    mapPush(&list, "old", "value");
     return list;
 }
 const TempFile& file()
@@ -56,157 +56,89 @@ const TempFile& file()
 }
 std::string lockLeft()
 {
-    const std::string path = std::string(file().path) + ".lock";
-    return unlink(path.c_str()) == 0 ? "left" : "";
+    return unlink((std::string(file().path) + ".lock").c_str()) == 0 ? "left" : "";
+}
+std::string unlocked(int fd)
+{
+    const std::string left = fd < 0 ? lockLeft() : "";
+    ulockF(file().path, fd);
+    return with(std::min(fd, 0), left);
 }
 
-const struct {
+/** Forgets what lines are pending. */
+void drain()
+{
+    static const int ends = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    for (char* row = nullptr; readFileRow(&row, ends) > 0;) {
+        std::free(row);
+    }
+}
+
+/** What makes no call that could fail. */
+bool edits(char* string, char** map)
+{
+    unsigned char digest[16];
+    MD4_CTX ctx;
+    MD4_Init(&ctx);
+    MD4_Update(&ctx, string, rndb_rand() != 0 ? 1 : 2);
+    MD4_Final(digest, &ctx);
+    delGaps(string);
+    return chopStr(string) + trimStr(string) == 0 && lstSize(map) == 2 &&
+           getMapValue(map, "old") == getConfigValue(map, "old", nullptr);
+}
+
+const char* LETTERS[] = {"a", "b", "ab", nullptr};
+
+struct Function {
     const char* name;
     std::string (*call)();
     const char* whole;
     const char* failed;
-} FUNCTIONS[] = {
-    {"lstPush",
-        [] {
-            char** list = oldList();
-            const auto at = ARMED(lstPush(&list, "new"));
-            return outcome(at, joined(list));
-        },
-        "2 old value new ", "-1 old value "},
-    {"lstPush, the first",
-        [] {
-            char** list = nullptr;
-            const auto at = ARMED(lstPush(&list, "new"));
-            return outcome(at, joined(list));
-        },
-        "0 new ", "-1 "},
-    {"lstSplitStr", [] { return joined(ARMED(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"))); },
-        "1 2 3 4 5 6 7 8 9 0 1 2 3 4 5 6 ", ""},
-    {"lstEgrep",
-        [] {
-            const char* list[] = {"a", "b", "ab", nullptr};
-            return joined(ARMED(lstEgrep(list, "a")));
-        },
-        "a ab ", ""},
-    {"lstReadDir", [] { return outcome(joined(ARMED(lstReadDir("/proc/self/task"))).empty(), ""); }, "0 ", "1 "},
-    {"mapPush",
-        [] {
-            char** map = oldList();
-            const auto at = ARMED(mapPush(&map, "k", "v"));
-            return outcome(at, joined(map));
-        },
-        "3 old value k v ", "-1 old value "},
-    {"getMapValues",
-        [] {
-            char** map = oldList();
-            char** values = ARMED(getMapValues(map, "old"));
-            return joined(map) + joined(values);
-        },
-        "old value value ", "old value "},
-    {"ptReplaceStr", [] { return text(ARMED(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"))); }, "bbbbbbbbbbbbbbbbb",
-        "(null)"},
-    {"ptReplaceStr, nothing", [] { return text(ARMED(ptReplaceStr("a", "", "b"))); }, "ab", "(null)"},
-    {"replaceStrFormat",
-        [] {
-            char* string = strdup("old");
-            const int result = ARMED(replaceStrFormat(&string, "l", "%d", 1));
-            return outcome(result, text(string));
-        },
-        "0 o1d", "-1 old"},
-    {"ptCutStr", [] { return text(ARMED(ptCutStr("a<b>", "<", ">"))); }, "b", "(null)"},
-    {"ptCutStr, nothing", [] { return text(ARMED(ptCutStr("a", "<", ">"))); }, "", "(null)"},
-    {"String", [] { return text(ARMED(String("%s", "text"))); }, "text", "(null)"},
-    {"Strdup", [] { return text(ARMED(Strdup("text"))); }, "text", "(null)"},
-    {"ptGetFileContent", [] { return text(ARMED(ptGetFileContent(file().fd))); }, "key = value\nother = 1\n", "(null)"},
-    {"getFileContentFormat",
-        [] {
-            char* content = nullptr;
-            const int result = ARMED(getFileContentFormat(&content, "%s", file().path));
-            return outcome(result, text(content));
-        },
-        "0 key = value\nother = 1\n", "-1 (null)"},
-    {"writeToFileFormat",
-        [] {
-            const TempFile target("");
-            return outcome(ARMED(writeToFileFormat(target.fd, "%s", "text")), "");
-        },
-        "0 ", "-1 "},
-    {"getShellContentFormat",
-        [] {
-            char* content = nullptr;
-            const int result = ARMED(getShellContentFormat(&content, "printf %%3000d 1"));
-            return outcome(result, std::to_string(text(content).size()));
-        },
-        "0 3000", "-1 6"},
-    {"executeShellFormat", [] { return outcome(ARMED(executeShellFormat("exit %d", 0)), ""); }, "0 ", "-1 "},
-    {"readFileRow",
-        [] {
-            char* row = nullptr;
-            const TempFile ends("");
-            const auto result = ARMED(readFileRow(&row, file().fd));
-            for (char* rest = nullptr; readFileRow(&rest, ends.fd) > 0;) {
-                std::free(rest);
-            }
-            return outcome(result, text(row));
-        },
-        "12 key = value", "-1 (null)"},
-    {"ptGetFileRowFormat",
-        [] {
-            const TempFile ends("");
-            char* row = ARMED(ptGetFileRowFormat("%s", file().path));
-            for (char* rest = nullptr; readFileRow(&rest, ends.fd) > 0;) {
-                std::free(rest);
-            }
-            return text(row);
-        },
-        "key = value", "(null)"},
-    {"readConfig", [] { return joined(ARMED(readConfig(file().path))); }, "key value other 1 ", ""},
-    {"lockF",
-        [] {
-            const int fd = ARMED(lockF(file().path));
-            const std::string left = fd < 0 ? lockLeft() : "";
-            ulockF(file().path, fd);
-            return outcome(fd < 0 ? fd : 0, left);
-        },
-        "0 ", "-1 "},
-    {"ulockF",
-        [] {
-            const int fd = lockF(file().path);
-            ARMED((ulockF(file().path, fd), 0));
-            return lockLeft();
-        },
-        "", "left"},
-    {"pCollect",
-        [] {
-            void** collection = nullptr;
-            void* pointer = strdup("");
-            const bool collected = ARMED((pCollect(&collection, pointer), collection != nullptr));
-            pClean(collection);
-            std::free(collected ? nullptr : pointer);
-            return outcome(collected, "");
-        },
-        "1 ", "0 "},
-    {"SYS_enc_passwd",
-        [] {
-            drand48_buf = {};
-            return text(ARMED(SYS_enc_passwd("secret"))).substr(0, 3);
-        },
-        "$1$", "(nu"},
-    {"SMB_enc_passwd", [] { return text(ARMED(SMB_enc_passwd("password"))); }, "8846F7EAEE8FB117AD6BDD830B7586C",
-        "(null)"},
-    {"those that make no call",
-        [] {
-            char string[] = " a b\n";
-            char** map = oldList();
-            unsigned char digest[16];
-            MD4_CTX ctx;
-            const bool whole =
-                ARMED((MD4_Init(&ctx), MD4_Update(&ctx, "a", 1), MD4_Final(digest, &ctx), rndb_rand(), delGaps(string),
-                    chopStr(string) + trimStr(string) == 0 && lstSize(map) == 2 &&
-                        getMapValue(map, "old") == getConfigValue(map, "old", nullptr)));
-            return outcome(whole, string + joined(map));
-        },
-        "1 abold value ", "never"},
+};
+#define CASE(before, call, shown, whole, failed)                                                                       \
+    Function                                                                                                           \
+    {                                                                                                                  \
+#call, []() -> std::string {                                                                                   \
+            before;                                                                                                    \
+            [[maybe_unused]] const auto result = ARMED(call);                                                          \
+            return shown;                                                                                              \
+        }, whole, failed                                                                                               \
+    }
+#define LIST(call, whole) CASE(, call, joined(result), whole, "")
+#define TEXT(call, whole) CASE(, call, text(result), whole, "(null)")
+#define OUT(call, whole) CASE(char* it = nullptr, call, with(result, text(it)), whole, "-1 (null)")
+
+const Function FUNCTIONS[] = {
+    CASE(char** it = nullptr, lstPush(&it, "new"), with(result, joined(it)), "0 new ", "-1 "),
+    CASE(char** it = oldList(), lstPush(&it, "new"), with(result, joined(it)), "2 old value new ", "-1 old value "),
+    CASE(char** it = oldList(), mapPush(&it, "k", "v"), with(result, joined(it)), "3 old value k v ", "-1 old value "),
+    CASE(char* it = strdup("old"), replaceStrFormat(&it, "l", "%d", 1), with(result, text(it)), "0 o1d", "-1 old"),
+    CASE(char** it = oldList(), getMapValues(it, "old"), joined(it) + joined(result), "old value value ", "old value "),
+    LIST(lstSplitStr(',', "1,2,3,4,5,6,7,8,9,0,1,2,3,4,5,6"), "1 2 3 4 5 6 7 8 9 0 1 2 3 4 5 6 "),
+    LIST(lstEgrep(LETTERS, "a"), "a ab "),
+    LIST(readConfig(file().path), "key value other 1 "),
+    CASE(, lstReadDir("/proc/self/task"), with(joined(result).empty(), ""), "0 ", "1 "),
+    TEXT(ptReplaceStr("aaaaaaaaaaaaaaaaa", "a", "b"), "bbbbbbbbbbbbbbbbb"),
+    TEXT(ptReplaceStr("a", "", "b"), "ab"),
+    TEXT(ptCutStr("a<b>", "<", ">"), "b"),
+    TEXT(ptCutStr("a", "<", ">"), ""),
+    TEXT(String("%s", "text"), "text"),
+    TEXT(Strdup("text"), "text"),
+    TEXT(ptGetFileContent(file().fd), "key = value\nother = 1\n"),
+    TEXT(ptGetFileRowFormat("%s", file().path), "key = value"),
+    OUT(readFileRow(&it, file().fd), "12 key = value"),
+    OUT(getFileContentFormat(&it, "%s", file().path), "0 key = value\nother = 1\n"),
+    OUT(getShellContentFormat(&it, "printf %%30d 1"), "0                              1"),
+    CASE(const TempFile to(""), writeToFileFormat(to.fd, "text"), with(result, ""), "0 ", "-1 "),
+    CASE(, executeShellFormat("exit %d", 0), with(result, ""), "0 ", "-1 "),
+    CASE(, lockF(file().path), unlocked(result), "0 ", "-1 "),
+    CASE(const int fd = lockF(file().path), (ulockF(file().path, fd), 0), lockLeft(), "", "left"),
+    CASE(void** all = nullptr; void* item = strdup(""), (pCollect(&all, item), all != nullptr),
+         (pClean(all), std::free(result ? nullptr : item), with(result, "")), "1 ", "0 "),
+    TEXT(SMB_enc_passwd("password"), "8846F7EAEE8FB117AD6BDD830B7586C"),
+    CASE(, SYS_enc_passwd("secret"), text(result).substr(0, 3), "$1$", "(nu"),
+    CASE(char string[] = " a b\n";
+         char** map = oldList(), edits(string, map), with(result, string + joined(map)), "1 abold value ", "never"),
 };
 
 TEST(Functions, EveryFaultInTurn)
@@ -215,10 +147,12 @@ TEST(Functions, EveryFaultInTurn)
         const auto work = [&, call = call, whole = whole, failed = failed] {
             fault = {};
             call(); // warms up
+            drain();
             everyFault([&](const Fault& next) {
                 beginTrial(fault = next);
                 const long before = liveResources() + openDescriptors();
                 const std::string result = call();
+                drain();
                 const bool struck = faultStruck();
                 const bool failure = result == failed && struck && call_errno == next.error;
                 if (result != whole && !failure) {

@@ -17,16 +17,13 @@ extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
 namespace {
 
 constexpr unsigned TRIAL_SECONDS = 20;
-using Facts = std::vector<std::string>;
 
 /** What the processes of the loop share with the one that reports. */
 struct Report {
-    char found[1 << 16];
-    std::size_t length;
+    Seen seen;
     Fault trial;
-    long trials[64];
-    bool forced[64];
-    bool said[64];
+    std::size_t length;
+    char found[1 << 16];
 };
 Report& report()
 {
@@ -36,7 +33,7 @@ Report& report()
 
 struct Outcome {
     TTransactionCode code = CODE_UNDEFINED;
-    std::vector<std::string> responses;
+    Facts responses;
     Facts files;
     Facts requests;
     bool threw = false;
@@ -46,12 +43,11 @@ struct Outcome {
 
 Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransaction*))
 {
-    prepareDevice(variant.sessions, variant.owner_file, variant.refused);
+    prepareDevice(variant.state);
     Outcome outcome;
-    const int descriptors = openDescriptors();
-    const long resources = liveResources();
+    const long before = liveResources() + openDescriptors();
     {
-        Transaction transaction({variant.words, variant.as ? std::optional<std::string>(variant.as) : std::nullopt, 7});
+        Transaction transaction(variant.command);
         try {
             outcome.struck = withFault(fault, [&] { execute(&transaction); });
         } catch (...) {
@@ -61,13 +57,12 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
         outcome.code = transaction.getCode();
         outcome.responses = transaction.responses();
     }
-    outcome.kept = liveResources() - resources + openDescriptors() - descriptors;
+    outcome.kept = liveResources() + openDescriptors() - before;
     outcome.files = fileFacts();
     outcome.requests = requestFacts();
-    const bool out_of_memory = outcome.struck && fault.error == ENOMEM;
-    const std::string log = out_of_memory ? logFile() : "";
-    for (std::size_t i = 0; out_of_memory && i < STATEMENTS.size(); ++i) {
-        report().said[i] = report().said[i] || log.find(STATEMENTS[i]) != log.npos;
+    const std::string log = outcome.struck && fault.error == ENOMEM ? logFile() : "";
+    for (std::size_t i = 0; !log.empty() && i < statements().size(); ++i) {
+        seen().statements[i] = seen().statements[i] || log.find(statements()[i]) != log.npos;
     }
     return outcome;
 }
@@ -121,15 +116,15 @@ std::string difference(const Outcome& outcome, const Outcome& golden, const Fact
 
 bool isForced(const Variant& variant, const Fault& fault, TTransactionCode code, const std::string& difference)
 {
-    const auto matches = [](const std::string& text, const char* pattern) {
+    const auto matches = [](const std::string& text, const std::string& pattern) {
         return std::regex_match(text, std::regex(pattern));
     };
     bool is_forced = false;
-    for (std::size_t i = 0; i < FORCED.size(); ++i) {
-        const Forced& forced = FORCED[i];
-        if (forced.code == code && matches(variant.name, forced.variants) && matches(fault.kind, forced.kinds) &&
-            matches(difference, forced.difference)) {
-            report().forced[i] = is_forced = true;
+    for (std::size_t i = 0; i < forced().size(); ++i) {
+        const Forced& row = forced()[i];
+        if (row.code == code && matches(variant.name, row.commands) && matches(fault.kind, row.faults) &&
+            matches(difference, row.difference)) {
+            seen().forced[i] = is_forced = true;
         }
     }
     return is_forced;
@@ -152,16 +147,13 @@ void judge(
     }
     const std::string differs = difference(outcome, golden, before);
     const bool same_answer = outcome.code == golden.code && outcome.responses == golden.responses;
-    if (outcome.code != golden.code && outcome.code != CODE_FAILED) {
-        if (!isForced(variant, fault, outcome.code, differs)) {
-            found("admitted what is else refused, code " + std::to_string(outcome.code) + ": " + differs);
-        }
-    } else if (outcome.code != CODE_FAILED && !same_answer) {
-        found("another answer: " + outcome.responses.front());
-    } else if (outcome.code == CODE_FAILED && outcome.responses == Facts{"success"}) {
-        found("failed, and says success");
-    } else if (!differs.empty() && !isForced(variant, fault, outcome.code, differs)) {
-        found("code " + std::to_string(outcome.code) + ": " + differs);
+    const bool failed = outcome.code == CODE_FAILED;
+    const bool must_be_forced = failed ? !differs.empty() : outcome.code != golden.code || !differs.empty();
+    if (must_be_forced && !isForced(variant, fault, outcome.code, differs)) {
+        found((failed || outcome.code == golden.code ? "" : "admitted what is else refused: ") + differs);
+    }
+    if (failed ? outcome.responses == Facts{"success"} : outcome.code == golden.code && !same_answer) {
+        found("answered otherwise: " + lacking(outcome.responses, {}, ""));
     }
     if (!outcome.struck && !(same_answer && differs.empty())) {
         found("not as without a fault, though none struck: " + differs);
@@ -170,17 +162,9 @@ void judge(
 
 } // namespace
 
-long trialsOf(std::size_t kind)
+Seen& seen()
 {
-    return report().trials[kind];
-}
-bool occurred(std::size_t forced)
-{
-    return report().forced[forced];
-}
-bool wasSaid(std::size_t statement)
-{
-    return report().said[statement];
+    return report().seen;
 }
 
 void beginTrial(const Fault& fault)
@@ -188,7 +172,7 @@ void beginTrial(const Fault& fault)
     alarm(TRIAL_SECONDS);
     report().trial = fault;
     for (std::size_t i = 0; i < KINDS.size(); ++i) {
-        report().trials[i] += KINDS[i].name == fault.kind ? 1 : 0;
+        seen().trials[i] += KINDS[i].name == fault.kind ? 1 : 0;
     }
 }
 
@@ -248,7 +232,7 @@ std::string sweep(const Variant& variant, void (*execute)(ITransaction*))
 {
     return isolated([&] {
         shell_is_replayed = true;
-        prepareDevice(variant.sessions, variant.owner_file, variant.refused);
+        prepareDevice(variant.state);
         const Facts before = fileFacts();
         run(variant, {}, execute); // warms up
         const Outcome golden = run(variant, {}, execute);

@@ -2,56 +2,56 @@
 #pragma once
 
 #include "common/common.h"
-#include "tests/faults/faults.h"
+#include "devkit/broker/command.h"
+#include "devkit/faults/faults.h"
 #include "tests/faults/world.h"
 
 #include <ostream>
-#include <string>
-#include <vector>
 
-/** A command in a prepared state, and its answer without a fault. */
+/** A command in a prepared state, and its answer without a fault: a row of commands.json. */
 struct Variant {
-    const char* name;
-    std::vector<std::string> words;
-    const char* as; // the requester's credentials; null: none
+    std::string name;
+    Command command;
     TTransactionCode code;
-    const char* response;
-    const char* refused = nullptr; // as of prepareDevice()
-    std::vector<Session> sessions = {};
-    OwnerFile owner_file = OwnerFile::Registered;
+    std::string response;
+    Prepared state;
 };
-
 inline void PrintTo(const Variant& variant, std::ostream* out)
 {
     *out << variant.name;
 }
 
 /**
- * An outcome that the contract forces: the answer differs from what was done, or what was done from
- * what is done without the fault. `difference` is a regular expression for the whole difference:
- * "-" and a fact that is missing, "+" and one too many, "; " between them.
+ * An outcome that the contract forces, a row of forced.json: the answer differs from what was done, or
+ * what was done from what is done without the fault. `difference` is the whole of it: "-" and a fact
+ * that is missing, "+" and one too many, "; " between them. All but the name and the code are regular
+ * expressions.
  */
 struct Forced {
-    const char* name;
-    const char* variants; // a regular expression for their names
-    const char* kinds;    // and for the fault's kind
+    std::string name;
+    std::string commands;
+    std::string faults;
     TTransactionCode code;
-    const char* difference;
+    std::string difference;
 };
-extern const std::vector<Forced> FORCED;
 
-/** Statements of the log file that some fault must bring about. */
-extern const std::vector<const char*> STATEMENTS;
+const std::vector<Variant>& variants();
+const std::vector<Forced>& forced();
+/** Lines of the log file that exhausted memory must bring about somewhere. */
+const std::vector<std::string>& statements();
 
 /** What the loop has seen, in all processes. */
-long trialsOf(std::size_t kind);
-bool occurred(std::size_t forced);
-bool wasSaid(std::size_t statement);
+struct Seen {
+    long trials[64]; // of each kind
+    bool forced[64]; // the outcomes that occurred
+    bool statements[64];
+};
+Seen& seen();
 
 /** Runs the loop over one variant in a process of its own; returns what it found, a line each. */
 std::string sweep(const Variant& variant, void (*execute)(ITransaction*));
 
-/** Runs `work`, whose findings it returns, in a process of its own; tells the trial that ends it. */
+/** Runs `work` in a process of its own; what it found, and the trial that ended it. */
 std::string isolated(const std::function<void()>& work);
 /** In `work`: the trial that begins now, and what was found in it. */
 void beginTrial(const Fault& fault);

@@ -4,9 +4,9 @@
 #include "common/common.h"
 #include "devkit/boxwelld/seed.h"
 #include "devkit/boxwelld/transactions.h"
+#include "devkit/faults/faults.h"
 #include "syscmd/inode_flags.h"
 #include "syscmd/local_sessions.h"
-#include "tests/faults/faults.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,23 +26,18 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** alice owns; bob is a member, carol a locked one, zoe one to be replaced; the others are local. */
-constexpr const char* SEED = R"({
-  "groups": [{"name": "admin", "id": 2000}, {"name": "sky-hold", "id": 2001}, {"name": "share", "id": 2002}],
-  "accounts": [{"name": "alice", "id": 1001, "group": "admin", "email": "alice@example.com"},
-    {"name": "bob", "id": 1002, "group": "sky-hold", "email": "bob@example.com"},
-    {"name": "carol", "id": 1003, "group": "sky-hold", "locked": true},
-    {"name": "dave", "id": 1004, "group": "share"},
-    {"name": "bob@example.net", "id": 1005, "group": "share", "email": "b@x"},
-    {"name": "bob-p2p", "id": 1006, "group": "share"},
-    {"name": "erin", "id": 1007, "group": "share", "member_of": ["sky-hold"]},
-    {"name": "zoe", "id": 1008, "group": "sky-hold"}, {"name": "second", "id": 1009, "group": "share"}],
-  "remote_users": [{"name": "bob"}, {"name": "zoe"}, {"name": "gone@example.com"}], "cloud_owner": "alice"})";
 /** Another account's record, which comes first in some replies. */
 constexpr const char* FIRST = "<User id=\"1004\"><User_Id>1004</User_Id><User_Name><![CDATA[dave]]></User_Name>"
                               "<Group_Name><![CDATA[share]]></Group_Name></User>";
 constexpr const char* REGISTRATION =
     "<registration><owner>alice</owner><serial>former</serial><p2powner>alice-p2p</p2powner></registration>";
+const struct {
+    const char* name;
+    const char* user;
+    time_t age;
+    std::uint32_t flags;
+} RECORDS[] = {{"day", "bob", 0, 0}, {"kept", "bob", 0, FS_IMMUTABLE_FL}, {"old", "dave", 100000, 0},
+    {"pinned", "bob", 100000, FS_IMMUTABLE_FL}};
 constexpr const char* SESSIONS = LOCAL_SESSION_DIRECTORY;
 constexpr const char* LOG_FILE = "/var/log/shbroker.log";
 
@@ -57,6 +52,8 @@ void setContent(const std::string& path, const std::string& content)
 }
 
 // ---- the daemon --------------------------------------------------------------------------------
+
+constexpr char END = '\1'; // of a request in a history
 
 struct Answer {
     std::string reply;
@@ -87,17 +84,17 @@ struct Daemon {
     std::string files_are_at = "nowhere";
     std::map<std::string, std::pair<std::string, std::string>> files; // passwd and group
     std::map<std::pair<std::string, std::string>, Answer> answers;
-    std::vector<std::string> facts;
-    const char* refused = nullptr;
+    Facts facts;
+    std::string refused;
 
     void moveStore(const std::string& to)
     {
         if (store_is_at == to) {
             return;
         }
-        seed(store, SEED);
+        seed(store, contentOf(TABLES "seed.json"));
         for (std::size_t at = 0; at < to.size();) {
-            const std::size_t end = to.find('\n', at);
+            const std::size_t end = to.find(END, at);
             carry_out(store, to.substr(at, end - at));
             at = end + 1;
         }
@@ -116,7 +113,7 @@ struct Daemon {
     }
     const Answer& ask(const std::string& request)
     {
-        if (refused != nullptr && request.find(refused) != request.npos) {
+        if (!refused.empty() && request.find(refused) != request.npos) {
             static Answer refusal;
             refusal = {refuse(request, "busy"), inBrief(request, false)};
             facts.push_back(refusal.fact);
@@ -132,12 +129,12 @@ struct Daemon {
             const bool changed = request.find("<xs:query") == request.npos &&
                                  answer.reply.find("status=\"success\"") != answer.reply.npos;
             answer.fact = inBrief(request, changed);
-            store_is_at += changed ? request + '\n' : "";
+            store_is_at += changed ? request + END : "";
             files_are_at = store_is_at;
             answers.emplace(key, answer);
         }
         const Answer& answer = answers[key];
-        history += answer.fact.starts_with("did") ? request + '\n' : "";
+        history += answer.fact.starts_with("did") ? request + END : "";
         moveFiles(history);
         facts.push_back(answer.fact);
         return answer;
@@ -189,9 +186,9 @@ static std::uint32_t flagsOf(const fs::path& path, std::optional<std::uint32_t> 
     return flags;
 }
 
-std::vector<std::string> fileFacts()
+Facts fileFacts()
 {
-    std::vector<std::string> facts;
+    Facts facts;
     const std::string owner = contentOf(OWNER_FILE);
     static const std::regex element("<([a-z0-9_]+)>([^<]*)</");
     std::string values = !fs::exists(OWNER_FILE)               ? "no owner file"
@@ -223,7 +220,7 @@ std::vector<std::string> fileFacts()
     return facts;
 }
 
-const std::vector<std::string>& requestFacts()
+const Facts& requestFacts()
 {
     return daemon().facts;
 }
@@ -233,9 +230,9 @@ std::string logFile()
     return contentOf(LOG_FILE);
 }
 
-void prepareDevice(const std::vector<Session>& sessions, OwnerFile owner_file, const char* refused)
+void prepareDevice(const Prepared& state)
 {
-    daemon().refused = refused;
+    daemon().refused = state.refused;
     daemon().history.clear();
     daemon().facts.clear();
     daemon().moveFiles("");
@@ -245,7 +242,7 @@ void prepareDevice(const std::vector<Session>& sessions, OwnerFile owner_file, c
     };
     truncate(LOG_FILE, 0);
 
-    static std::vector<std::string> prepared;
+    static Facts prepared;
     if (!prepared.empty() && fileFacts() == prepared) {
         return;
     }
@@ -256,18 +253,19 @@ void prepareDevice(const std::vector<Session>& sessions, OwnerFile owner_file, c
         fs::remove_all(SESSIONS);
     }
     fs::remove(SSO_UPGRADE_FLAG);
-    setContent(OWNER_FILE, owner_file == OwnerFile::Registered ? REGISTRATION : "<registration></registration>");
-    for (const auto& [name, user, old, pinned] : sessions) {
+    setContent(OWNER_FILE, state.ownerless ? "<registration></registration>" : REGISTRATION);
+    for (const auto& [name, user, age, flags] : RECORDS) {
+        if (!state.records) {
+            break;
+        }
         const std::string path = std::string(SESSIONS) + '/' + name;
         fs::create_directory(SESSIONS);
         setContent(path, user);
-        setContent("/dev/shm/" + name, "");
-        const timespec times[] = {{time(nullptr) - (old ? 100000 : 0), 0}, {time(nullptr) - (old ? 100000 : 0), 0}};
+        setContent(std::string("/dev/shm/") + name, "");
+        const timespec times[] = {{time(nullptr) - age, 0}, {time(nullptr) - age, 0}};
         utimensat(AT_FDCWD, path.c_str(), times, 0);
         chmod(path.c_str(), 0004);
-        if (pinned) {
-            flagsOf(path, FS_IMMUTABLE_FL);
-        }
+        flagsOf(path, flags);
     }
     prepared = fileFacts();
 }

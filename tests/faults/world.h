@@ -4,27 +4,22 @@
 #include <string>
 #include <vector>
 
-struct Session {
-    std::string name;
-    std::string user;
-    bool old = false; // more than a day
-    bool pinned = false;
+using Facts = std::vector<std::string>;
+
+/** In which state a command finds the device; accounts are those of seed.json. */
+struct Prepared {
+    bool records = false;   // session records: new, old, and pinned ones
+    bool ownerless = false; // the owner file names nobody
+    std::string refused;    // requests that hold this text are refused; empty: none
 };
-enum class OwnerFile {
-    Registered,
-    Ownerless, // exists, and names nobody
-};
+void prepareDevice(const Prepared& state);
 
-/** Brings accounts and files back to where every trial begins. Requests that hold the text `refused`
- * (null: none) will be refused whatever they ask for. */
-void prepareDevice(const std::vector<Session>& sessions, OwnerFile owner_file, const char* refused);
-
-/** What the log file holds since. */
-std::string logFile();
-
-/** What the files say, one fact a line, sorted. */
-std::vector<std::string> fileFacts();
+/** What the files say, sorted. */
+Facts fileFacts();
 
 /** What was asked of daemon and shell since prepareDevice(), in order: "asked …", or "did …" where it
  * changed something. */
-const std::vector<std::string>& requestFacts();
+const Facts& requestFacts();
+
+/** What the log file holds since. */
+std::string logFile();
