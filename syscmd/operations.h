@@ -4,7 +4,6 @@
 #include "common/common.h"
 
 #include <string>
-#include <string_view>
 
 /** Who may ask for an operation. */
 enum class Requester {
@@ -14,7 +13,7 @@ enum class Requester {
 };
 
 struct Operation {
-    std::string_view name;
+    const char* name;
     Requester requester;
     void (*handle)(ITransaction* pTx, std::string& response);
 };
