@@ -10,6 +10,7 @@ void benchOperations(Frame& frame);
 void benchSessions(Frame& frame);
 void benchLists(Frame& frame);
 void benchStrings(Frame& frame);
+void benchEditing(Frame& frame);
 void benchFiles(Frame& frame);
 void benchLines(Frame& frame);
 void benchConfig(Frame& frame);

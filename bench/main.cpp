@@ -37,6 +37,7 @@ int main(int argc, char** argv)
     benchSessions(frame);
     benchLists(frame);
     benchStrings(frame);
+    benchEditing(frame);
     benchFiles(frame);
     benchLines(frame);
     benchConfig(frame);

@@ -1,0 +1,79 @@
+// Editing in place: white space and line ends removed.
+#include "bench/families.h"
+
+#include <array>
+#include <cctype>
+#include <string>
+
+namespace {
+
+using Table256 = std::array<bool, 256>;
+
+Table256 spaces()
+{
+    Table256 table = {};
+    for (int byte = 0; byte < 256; ++byte) {
+        table[static_cast<std::size_t>(byte)] = std::isspace(byte) != 0;
+    }
+    return table;
+}
+
+/** Edits a fresh copy of the text. */
+template<typename Edit> Text edited(const std::string& text, Edit edit)
+{
+    char* copy = static_cast<char*>(std::malloc(text.size() + 1));
+    std::memcpy(copy, text.c_str(), text.size() + 1);
+    edit(copy);
+    return Text(copy);
+}
+
+/** Removes the characters that the table names, by a loop over the bytes. */
+void removeByTable(const Table256& table, char* text)
+{
+    char* to = text;
+    for (const char* from = text; *from != '\0'; ++from) {
+        if (!table[static_cast<unsigned char>(*from)]) {
+            *to++ = *from;
+        }
+    }
+    *to = '\0';
+}
+
+void trimByTable(const Table256& table, char* text)
+{
+    const char* begin = text;
+    while (table[static_cast<unsigned char>(*begin)]) {
+        ++begin;
+    }
+    std::size_t length = std::strlen(begin);
+    while (length > 0 && table[static_cast<unsigned char>(begin[length - 1])]) {
+        --length;
+    }
+    std::memmove(text, begin, length);
+    text[length] = '\0';
+}
+
+} // namespace
+
+void benchEditing(Frame& frame)
+{
+    std::string text = "  \t ";
+    while (text.size() < 1000) {
+        text += "some words and\ta line end\r\n";
+    }
+    const Table256 blank = spaces();
+    Table256 line_end = {};
+    line_end['\r'] = line_end['\n'] = true;
+    frame.compare(
+        {.name = "trimStr, 1 KB", .against = "table loop"}, [&] { return edited(text, trimStr); },
+        [&] { return edited(text, [&](char* copy) { trimByTable(blank, copy); }); }
+    );
+    frame.compare(
+        {.name = "chopStr, 1 KB", .against = "table loop"}, [&] { return edited(text, chopStr); },
+        [&] { return edited(text, [&](char* copy) { removeByTable(line_end, copy); }); }
+    );
+    frame.compare(
+        {.name = "delGaps, 1 KB", .against = "table loop"}, [&] { return edited(text, delGaps); },
+        [&] { return edited(text, [&](char* copy) { removeByTable(blank, copy); }); }
+    );
+}
