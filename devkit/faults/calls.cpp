@@ -119,6 +119,7 @@ RELEASE("closedir", closedir, (DIR * directory), (directory), -1, 1)
 CALL("readdir", dirent64*, readdir64, (DIR * directory), (directory), nullptr)
 
 /** A re-entrant look-up: it returns its error. */
+// NOLINTBEGIN(bugprone-macro-parentheses): `type` is one
 #define LOOK_UP(type, name, key_type)                                                              \
     DECLARE(int, name, (key_type key, type * entry, char* buffer, std::size_t size, type** found)) \
     {                                                                                              \
@@ -128,6 +129,7 @@ CALL("readdir", dirent64*, readdir64, (DIR * directory), (directory), nullptr)
                : error != 0    ? error                                                             \
                                : __real_##name(key, entry, buffer, size, found);                      \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 LOOK_UP(passwd, getpwnam_r, const char*)
 LOOK_UP(group, getgrnam_r, const char*)
 LOOK_UP(group, getgrgid_r, gid_t)

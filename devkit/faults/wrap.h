@@ -39,7 +39,7 @@ template<class Resource> Resource* counted(Resource* resource)
     DECLARE(int, name, parameters)                                                                 \
     {                                                                                              \
         const int error = strike(kind);                                                            \
-        live -= counts;                                                                            \
+        live -= (counts);                                                                          \
         const int result = __real_##name arguments;                                                \
         errno = error != 0 ? error : errno;                                                        \
         return error != 0 ? (failure) : result;                                                    \

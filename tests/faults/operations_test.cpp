@@ -71,6 +71,7 @@ TEST(Loop, NoticesWhatIsPlanted)
 struct Figures : testing::Environment {
     void TearDown() override
     {
+        std::printf("%s", underProot() ? "under proot replies are cut at every 16th byte only\n" : "");
         for (std::size_t i = 0; i < KINDS.size(); ++i) {
             std::printf("%8ld trials of %s\n", seen().trials[i], KINDS[i].name);
         }

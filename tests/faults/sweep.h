@@ -56,5 +56,7 @@ std::string isolated(const std::function<void()>& work);
 /** In `work`: the trial that begins now, and what was found in it. */
 void beginTrial(const Fault& fault);
 void found(const std::string& what);
+/** Whether proot makes the device: then nothing can be traced, and replies are cut at every 16th byte. */
+bool underProot();
 /** Each error of each kind for n = 1, 2, 3 … until `trial` tells that the fault did not strike. */
 void everyFault(const std::function<bool(const Fault&)>& trial);
