@@ -18,9 +18,12 @@ set(THREADS_PREFER_PTHREAD_FLAG ON)
 add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wmissing-declarations
-    -fstack-protector-strong
-    # No build path in what ships: asserts and debug information name files from the project's root.
-    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    -fstack-protector-strong)
+# No build path in what ships: asserts and debug information name files from the project's root. Where
+# coverage is counted the tools need whole paths.
+if(NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
+    add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+endif()
 add_link_options(-Wl,--enable-new-dtags -Wl,-z,relro -Wl,-z,now)
 if(SYSCMD_WERROR)
     add_compile_options(-Werror)

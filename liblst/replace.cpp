@@ -87,7 +87,7 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
     }
     const std::size_t rest = static_cast<std::size_t>(end - from);
     if (!reserve(result, rest + 1)) {
-        return nullptr;
+        return nullptr; // GCOV_EXCL_LINE: no memory for the rest alone
     }
     append(result, from, rest + 1, 0);
     shrinkArray(result.text, result.length);

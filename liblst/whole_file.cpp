@@ -65,7 +65,7 @@ char* readToEnd(int fd, OnReadError on_error)
             break; // a short read that ends where the regular file ends: no need to ask again
         }
         if (length == capacity - 1 && !growArray(text, capacity, FIRST_CHUNK)) {
-            return nullptr;
+            return nullptr; // GCOV_EXCL_LINE: no memory for a growing file
         }
     }
     if (length == 0) {

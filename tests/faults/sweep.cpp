@@ -13,6 +13,7 @@
 #include <regex>
 
 extern "C" int __lsan_do_recoverable_leak_check() __attribute__((weak));
+extern "C" void __gcov_dump() __attribute__((weak));
 
 namespace {
 
@@ -196,6 +197,9 @@ std::string isolated(const std::function<void()>& work)
         alarm(0);
         if (__lsan_do_recoverable_leak_check != nullptr && !underProot() && __lsan_do_recoverable_leak_check() != 0) {
             found("memory has leaked");
+        }
+        if (__gcov_dump != nullptr) {
+            __gcov_dump(); // what has run here counts, too
         }
         _exit(0);
     }

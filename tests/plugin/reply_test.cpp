@@ -60,8 +60,8 @@ TEST(GetMXLStatus, table)
 TEST(UserRecords, aMissingFieldComesFromALaterRecord)
 {
     UserRecords records = {.cursor = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"
-                                    "<User id=\"2\"><User_Id>2</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
-                                    "<User_Name><![CDATA[n]]></User_Name><Email_Address><![CDATA[e"};
+                                     "<User id=\"2\"><User_Id>2</User_Id><Group_Name><![CDATA[g]]></Group_Name>"
+                                     "<User_Name><![CDATA[n]]></User_Name><Email_Address><![CDATA[e"};
     UserRecord record;
     // A record at the very first byte is passed over.
     ASSERT_TRUE(nextRecord(&records, &record));

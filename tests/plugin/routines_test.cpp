@@ -188,6 +188,11 @@ TEST_F(Routines, ownerFileWithoutOptionalElements)
                                         "<firmware_time>1731936000</firmware_time><serial>BW24A1100317</serial>"
                                         "<link_agent_id>id=</link_agent_id></registration>");
     shell("printf 'link_agent_\\nlink_agent_id \\n' > /opt/linkhub/etc/linkagent.conf");
+    std::string value = "untouched";
+    EXPECT_FALSE(readBoxwellInfoValue(std::string("Nothing"), value));
+    EXPECT_EQ(value, "untouched");
+    EXPECT_TRUE(readBoxwellInfoValue(std::string("Model"), value));
+    EXPECT_EQ(value, "BX error");
     std::string xid = "untouched";
     shell("printf 'link_agent   link_agent_id' > /opt/linkhub/etc/linkagent.conf");
     EXPECT_FALSE(readXid(xid));
@@ -201,8 +206,21 @@ TEST_F(Routines, ownerFileWithoutOptionalElements)
     EXPECT_EQ(createOwnerFile(true, "a", "", OWNER_FILE), SUCCESS);
     shell("grep -q '<serial>Error: 1</serial>.*<p2powner></p2powner></registration>$' " OWNER_FILE);
     EXPECT_EQ(createOwnerFile(true, "a", "", "/nowhere/file"), -1);
+    std::unique_ptr<char, void (*)(void*)> content(aGetFile("/%s", "var/lib/device/info/Serial"), free);
+    EXPECT_STREQ(content.get(), "Error: 1");
+    EXPECT_EQ(aGetFile("/%s", "nowhere"), nullptr);
+    std::unique_ptr<FILE, int (*)(FILE*)> serial(fopen("/var/lib/device/info/Serial", "r"), fclose);
+    content.reset(aGetFileContent(fileno(serial.get())));
+    EXPECT_STREQ(content.get(), "Error: 1");
+    char* reply = nullptr;
+    EXPECT_EQ(SendMXLtoBWD(&reply, "<none/>"), SUCCESS); // refused, but answered
+    free(reply);
+    EXPECT_EQ(SendMXLtoBWD(&reply, nullptr), -1);
+    EXPECT_EQ(isLocked(nullptr, &reply), 1);
     shell("cp /var/lib/device/fresh/info/* /var/lib/device/info; "
           "echo 'agent_id = LA-7C41-D09A  # link_agent_id' > /opt/linkhub/etc/linkagent.conf");
+    EXPECT_TRUE(readXid(xid));
+    EXPECT_EQ(xid, "LA-7C41-D09A");
 }
 
 TEST_F(Routines, aRecordOfExactlyADayIsKept)
