@@ -5,6 +5,7 @@
 #include "liblst/liblst.h"
 #include "liblst/owned.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -28,7 +29,8 @@ void releaseResult(const Result* result)
 bool reserve(Result& result, std::size_t length)
 {
     const std::size_t needed = result.length + length + BLOCK;
-    return needed <= result.capacity || growArray(result.text, result.capacity, needed);
+    return (result.text != nullptr && needed <= result.capacity) ||
+           growArray(result.text, result.capacity, needed);
 }
 
 /** Appends a piece, for which there is room; from its begin on `readable` bytes may be read. */
@@ -68,7 +70,7 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
     const char* const end = string + std::strlen(string);
     char block[BLOCK] = {};
     if (replace_length <= BLOCK) {
-        replace = static_cast<const char*>(std::memcpy(block, replace, replace_length));
+        replace = std::copy_n(replace, replace_length, block) - replace_length;
     }
 
     __attribute__((cleanup(releaseResult))) Result result = {};

@@ -36,14 +36,14 @@ tidy() {
         --warnings-as-errors='*' 2> >(grep -vE 'warnings? (generated|treated)|^Suppressed|^Use -header' >&2)
 }
 
-# g++'s analyzer reads a unit without exceptions best. It loses sight of memory that an array holds: leaks
+# g++'s analyzer. It loses sight of memory that an array holds: leaks
 # are for LeakSanitizer, valgrind and the fault loop to find.
 analyzer() {
     local flags
     flags=$(pkg-config --cflags glib-2.0 libsystemd)
     # shellcheck disable=SC2086 # one word a flag
     sources | grep -E '^(syscmd|common|liblst)/.*\.cpp$' | xargs -P "$(nproc)" -I{} g++ -std=c++20 -D_GNU_SOURCE -I. \
-        $flags -O1 -fno-exceptions -fanalyzer -Wno-analyzer-malloc-leak -Werror -S -o /dev/null {}
+        $flags -O1 -fanalyzer -Wno-analyzer-malloc-leak -Werror -S -o /dev/null {}
 }
 
 # Arrows point one way: syscmd -> common -> liblst -> the C library; nothing that ships needs devkit.
