@@ -4,10 +4,13 @@
  *
  * The steps are separate because some operations log between them:
  *
+ *     char* text = FORMAT_TEMPLATE(DELETE_USER_MXL, user_id);
  *     AUTO_FREE char* request = nullptr;
- *     if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(DELETE_USER_MXL, user_id)) != SUCCESS)
- * return -1; AUTO_FREE char* reply = nullptr; if (sendRequest(&reply, WORDS, request) != SUCCESS)
- * return -1; AUTO_FREE char* detail = nullptr; switch (readOutcome(&detail, WORDS, reply)) …
+ *     if (takeRequest(&request, WORDS, text) != SUCCESS) return -1;
+ *     AUTO_FREE char* reply = nullptr;
+ *     if (sendRequest(&reply, WORDS, request) != SUCCESS) return -1;
+ *     AUTO_FREE char* detail = nullptr;
+ *     switch (readOutcome(&detail, WORDS, reply)) …
  *
  * Locals declared in this order are released as status, reply, request.
  */
