@@ -5,7 +5,7 @@
 #include "bench/bare_parts.h"
 #include "bench/bare_sessions.h"
 #include "common/common.h"
-#include "common/mxl_texts.h"
+#include "common/mxl/texts.h"
 
 #include <fcntl.h>
 #include <strings.h>
@@ -118,7 +118,7 @@ void deleteAccount(ITransaction& transaction, std::string& response)
 
 void unregister(ITransaction& transaction, std::string& /*response*/)
 {
-    BARE_DEBUG("DEBUG:%s:%d Unregister\n", "unregister.cpp", 1190);
+    BARE_DEBUG("DEBUG:%s:%d Unregister\n", "cloud_owner.cpp", 1190);
     exchange(format(UNREGISTER_USER_MXL_TEXT));
     transaction.setCode(CODE_NOREPLY);
     BARE_INFO("[syscmd:UnregisterHandler] :Unregister SUCCESS\n");

@@ -1,8 +1,8 @@
 #include "bench/bare_parts.h"
 
-#include "common/bwdclient.h"
 #include "common/common.h"
-#include "common/mxl_texts.h"
+#include "common/mxl/bwdclient.h"
+#include "common/mxl/texts.h"
 
 #include <fcntl.h>
 #include <grp.h>

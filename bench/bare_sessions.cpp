@@ -1,7 +1,7 @@
 #include "bench/bare_sessions.h"
 
 #include "bench/bare_log.h"
-#include "syscmd/local_sessions.h"
+#include "syscmd/sessions/record.h"
 
 #include <dirent.h>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #include "bench/daemon.h"
 
-#include "common/bwdclient.h"
+#include "common/mxl/bwdclient.h"
 
 #include <cstdlib>
 #include <cstring>

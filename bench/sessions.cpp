@@ -2,7 +2,7 @@
 #include "bench/bare_log.h"
 #include "bench/bare_sessions.h"
 #include "bench/families.h"
-#include "syscmd/local_sessions.h"
+#include "syscmd/sessions/record.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

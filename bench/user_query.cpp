@@ -1,11 +1,10 @@
 // The user query over many records, the last of which matches.
-#include "syscmd/user_query.h"
-
 #include "bench/bare_log.h"
 #include "bench/bare_parts.h"
 #include "bench/count.h"
 #include "bench/daemon.h"
 #include "bench/families.h"
+#include "syscmd/daemon/query_user.h"
 
 #include <memory>
 

@@ -1,12 +1,12 @@
 # Toolchain of a 32-bit ARM device with hardware floating point.
-#   SYSROOT       the device's libraries and headers; default: what packaging/armhf-sysroot.sh makes
+#   SYSROOT       the device's libraries and headers; default: what tools/armhf-sysroot.sh makes
 #   CROSS_PREFIX  what stands before the tools' names, with a path where PATH does not lead to them
 set(SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../build/armhf-sysroot" CACHE PATH "Sysroot of the device")
 set(CROSS_PREFIX "arm-linux-gnueabihf-" CACHE STRING "Prefix of the cross compiler's tools")
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES SYSROOT CROSS_PREFIX)
 get_filename_component(CMAKE_SYSROOT "${SYSROOT}" ABSOLUTE)
 if(NOT EXISTS "${CMAKE_SYSROOT}/usr/include")
-    message(FATAL_ERROR "No sysroot in ${CMAKE_SYSROOT}: run packaging/armhf-sysroot.sh or set SYSROOT")
+    message(FATAL_ERROR "No sysroot in ${CMAKE_SYSROOT}: run tools/armhf-sysroot.sh or set SYSROOT")
 endif()
 
 set(CMAKE_SYSTEM_NAME Linux)

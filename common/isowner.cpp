@@ -2,10 +2,10 @@
 
 #include "common/common.h"
 #include "common/cut.h"
-#include "common/format_template.h"
+#include "common/device/accounts.h"
 #include "common/io.h"
+#include "common/mxl/format_template.h"
 #include "common/owned_text.h"
-#include "common/system_accounts.h"
 #include "liblst/liblst.h"
 #include "liblst/whole_file.h"
 

@@ -1,4 +1,4 @@
-#include "common/bwdclient.h"
+#include "common/mxl/bwdclient.h"
 
 #include "devkit/bwdclient/frame.h"
 #include "liblst/export.h"

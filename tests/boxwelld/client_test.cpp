@@ -1,5 +1,5 @@
 // The client library against peers that misbehave, and the daemon against such clients.
-#include "common/bwdclient.h"
+#include "common/mxl/bwdclient.h"
 #include "tests/boxwelld/daemon.h"
 
 #include <gmock/gmock.h>

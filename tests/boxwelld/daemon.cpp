@@ -1,6 +1,6 @@
 #include "tests/boxwelld/daemon.h"
 
-#include "common/bwdclient.h"
+#include "common/mxl/bwdclient.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>

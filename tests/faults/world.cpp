@@ -1,12 +1,12 @@
 #include "tests/faults/world.h"
 
-#include "common/bwdclient.h"
 #include "common/common.h"
+#include "common/mxl/bwdclient.h"
 #include "devkit/boxwelld/seed.h"
 #include "devkit/boxwelld/transactions.h"
-#include "devkit/faults/faults.h"
-#include "syscmd/inode_flags.h"
-#include "syscmd/local_sessions.h"
+#include "syscmd/sessions/inode_flags.h"
+#include "syscmd/sessions/record.h"
+#include "tests/faults/calls/faults.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
 // A host that has functions of the plug-in's names in its global scope: its own, or libcrypto's.
 #include "liblst/export.h"
-#include "tests/plugin/recording_transaction.h"
+#include "tests/syscmd/recording_transaction.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

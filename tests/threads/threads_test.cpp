@@ -2,7 +2,7 @@
 #include "common/hash.h"
 #include "common/io.h"
 #include "liblst/liblst.h"
-#include "syscmd/user_query.h"
+#include "syscmd/daemon/query_user.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,34 @@
+#include "common/common.h"
+#include "common/io.h"
+#include "common/mxl/bwdclient.h"
+
+#include <climits>
+#include <cstring>
+
+Delivery deliver(char** reply, const char* request)
+{
+    *reply = nullptr;
+    const std::size_t length = strlen(request);
+    if (length > INT_MAX) {
+        return Delivery::Failed; // GCOV_EXCL_LINE: two gigabytes
+    }
+
+    int reply_length = 0;
+    // The library takes the request as char* but only reads it.
+    if (process_request_bwdclient(
+            const_cast<char*>(request), static_cast<int>(length), reply, &reply_length
+        ) != SUCCESS) {
+        *reply = nullptr; // whatever the library left there is not ours to free
+        return Delivery::Failed;
+    }
+    return *reply == nullptr ? Delivery::Unanswered : Delivery::Answered;
+}
+
+int SendMXLtoBWD(char** respond, const char* request)
+{
+    if (request == nullptr || respond == nullptr) {
+        LOG(Error, "ERROR [syscmd:SendMXLtoBWD] invalid input arguments\n");
+        return -1;
+    }
+    return deliver(respond, request) == Delivery::Answered ? SUCCESS : -1;
+}

@@ -1,0 +1,109 @@
+// Who may ask for what: credentials, owner file, lock flag, groups, and the table of operations.
+#include "tests/syscmd/operation_case.h"
+
+namespace {
+
+/** A command that gets as far as its missing parameters. */
+Case admitted(const char* name, const std::string& credentials, const std::string& prepare)
+{
+    const std::string text = "Delete User: error reading username/password params from request";
+    return {
+        .name = name,
+        .params = {"deleteuser"},
+        .credentials = credentials,
+        .prepare = prepare,
+        .code = CODE_FAILED,
+        .response = text,
+        .trace = {"= code 1",
+            "1425 ERROR [syscmd:DeleteAccountHandler]: DeleteUser error reading "
+            "username/password/email params from request",
+            "= response " + text},
+    };
+}
+
+Case memberAdmitted(const char* name, const std::string& credentials, const std::string& prepare)
+{
+    Case asked = admitted(name, credentials, prepare);
+    asked.requests = {"/User/User_Name/"};
+    return asked;
+}
+
+Case denied(const char* name, const std::string& credentials, const std::string& prepare)
+{
+    const std::string login = credentials.substr(0, credentials.find(':'));
+    return {
+        .name = name,
+        .params = {"deleteuser", "bob", "bob"},
+        .credentials = credentials,
+        .prepare = prepare,
+        .code = CODE_FAILED,
+        .response = "access denied",
+        .trace = {"1282 ERROR [syscmd:AuthenticateUser]: ACCESS DENIED for SYS: "
+                  "operation=deleteuser login=" +
+                      login + " is_owner=0 is_sh=0",
+            "= response access denied", "= code 1"},
+        .requests = {"<![CDATA[" + login + "]]>"},
+        .check = "getent passwd bob",
+    };
+}
+
+Case unknown(const char* name, const std::string& operation, const std::string& credentials, const Texts& requests)
+{
+    return {
+        .name = name,
+        .params = {operation, "bob"},
+        .credentials = credentials,
+        .code = CODE_FAILED,
+        .response = "operation unknown",
+        .trace = {"1644 ERROR [syscmd:execute]: unknown operation: " + operation, "= code 1",
+            "= response operation unknown"},
+        .requests = requests,
+    };
+}
+
+/** Shell that makes the owner file hold `text`. */
+std::string owned(const std::string& text)
+{
+    return "printf '%s' '" + text + "' > " OWNER_FILE;
+}
+
+const std::string LOCK_REPLY = "<User_Name><![CDATA[bob]]></User_Name>";
+
+INSTANTIATE_TEST_SUITE_P(Access, Operation,
+    testing::Values(admitted("ownerInOtherCase", "Alice:secret", ""), admitted("remoteOwner", "ALICE-P2P:secret", ""),
+        admitted("ownerWithoutRemoteOwner", "alice:", owned("<owner>alice</owner>")),
+        admitted("ownerWithoutColon", "alice", ""), admitted("ownerUpToEndOfFile", "alice", owned("<owner>alice")),
+        admitted("firstBytesOfALongLogin", NAME_40 + ":x", owned("<owner>" + NAME_31 + "</owner>")),
+        admitted("firstBytesOfALongOwner", NAME_31 + ":x", owned("<owner>" + NAME_40 + "</owner>")),
+        admitted("emptyLoginOfANamelessOwner", ":x", owned("<registration/>")),
+        admitted("noCredentialsOfANamelessOwner", "", owned("<registration/>")),
+        memberAdmitted("memberByPrimaryGroup", "bob:secret", ""),
+        memberAdmitted("memberByList", "dave:secret",
+            "sed 's/^sky-hold:.*/&,dave/' /etc/group > /tmp/group.$$; "
+            "cat /tmp/group.$$ > /etc/group; rm /tmp/group.$$"),
+        memberAdmitted("lockReplyWithoutFlag", "bob:secret", order("reply '" + LOCK_REPLY + "'")),
+        memberAdmitted("lockFlagOfNoNumber", "bob:secret", order("reply '<IsLocked>no</IsLocked>" + LOCK_REPLY + "'")),
+        denied("longOwnerWithoutColon", NAME_40, owned("<owner>" + NAME_40 + "</owner>")),
+        denied("longRemoteOwner", NAME_31 + ":x", owned("<p2powner>" + NAME_40 + "</p2powner>")),
+        denied("lockedMember", "carol:secret", ""), denied("otherGroup", "dave:secret", ""),
+        denied("stranger", "mallory:secret", ""), denied("ownerWithoutOwnerFile", "alice:secret", "rm " OWNER_FILE),
+        denied("ownerWithEmptyOwnerFile", "alice:secret", ": > " OWNER_FILE), denied("emptyLogin", ":secret", ""),
+        denied(
+            "lockFlagBeyond32Bits", "bob:secret", order("reply '<IsLocked>4294967296</IsLocked>" + LOCK_REPLY + "'")),
+        denied("lockQueryFailed", "bob:secret", order("fail")),
+        denied("lockQueryUnanswered", "bob:secret", order("no-reply")),
+        denied("lockReplyOfGarbage", "bob:secret", order("reply garbage")),
+        unknown("memberAddsUser", "adduser", "bob:x", {"[bob]"}),
+        unknown("memberAddsRemoteUser", "addremoteuser", "bob:x", {"[bob]"}), unknown("otherCase", "AddUser", "", {}),
+        unknown("emptyName", "", "alice:x", {}),
+        Case{
+            .name = "noOperation",
+            .params = {},
+            .code = CODE_FAILED,
+            .response = "getRequestParam() failed",
+            .trace = {"1651 ERROR [syscmd:execute]: getRequestParam() failed", "= code 1",
+                "= response getRequestParam() failed"},
+        }),
+    caseName);
+
+} // namespace

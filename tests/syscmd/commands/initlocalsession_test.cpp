@@ -1,0 +1,127 @@
+// "initlocalsession": records, the sweep, and pinning by the real immutable attribute, where the
+// kernel lets us; elsewhere its refusal.
+#include "tests/syscmd/operation_case.h"
+
+namespace {
+
+const std::string SESSIONS = "/opt/skyhold/etc/local_sessions/";
+const std::string IN_SESSIONS = "cd " + SESSIONS + " && ";
+
+Case recorded(const char* name, const std::string& user, const std::string& token, const std::string& expires,
+    const std::string& prepare, const Texts& statements, const std::string& check)
+{
+    const std::string cut = user.substr(0, 31);
+    return {
+        .name = name,
+        .params = {"initlocalsession", user, token, expires},
+        .prepare = prepare,
+        .trace = joined({{"* [syscmd:InitLocalSessionHandler]: InitLocalSession " + cut}, statements,
+            {"= code 0", "* [syscmd:InitLocalSessionHandler]: InitLocalSession " + cut + " success",
+                "= response success"}}),
+        .check = check,
+    };
+}
+
+/** Shell that makes a record of `user`, so many seconds old. */
+std::string record(const std::string& token, const std::string& user, int age, bool pinned = false)
+{
+    const std::string path = SESSIONS + token;
+    return "mkdir -p " + SESSIONS + " && printf '" + user + "' > " + path + " && touch -d @$(($(date +%s) - " +
+           std::to_string(age) + ")) " + path + (pinned ? " && chattr +i " + path + "; " : "; ");
+}
+
+std::string saidRemoved(const std::string& token)
+{
+    return "* [CleanupObsoleteLocalSessions] REMOVE file " + token + " timestamp ~";
+}
+
+const std::string SAID_PINNED = "* [CleanupObsoleteLocalSessions] set immutable flag on file " + SESSIONS + "t";
+const std::string PATH_OF_255(255 - SESSIONS.size(), 't');
+constexpr int DAY = 86400;
+
+INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
+    testing::Values(recorded("makesDirectoryAndRecord", NAME_40, "t", "1", "", {},
+                        "test \"$(stat -c %a " + SESSIONS + ")\" = 5 && " + IN_SESSIONS +
+                            "test \"$(stat -c %a t)\" = 4 && test \"$(cat t)\" = " + NAME_31),
+        recorded("rewritesARecord", "bob", "t", "", record("t", "carol", DAY - 60), {},
+            IN_SESSIONS + "test \"$(cat t)\" = bob && test $(($(date +%s) - $(stat -c %Y t))) -lt 60"),
+        recorded("emptyToken", "bob", "", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
+        recorded("tokenIntoNowhere", "bob", "a/b", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
+        recorded("longestPath", "bob", PATH_OF_255, "1", "", {}, "test -f " + SESSIONS + PATH_OF_255),
+        recorded("pathTooLong", "bob", PATH_OF_255 + "t", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
+        recorded("directoryIsAFile", "bob", "t", "1", "rm -rf " + SESSIONS + "; : > /opt/skyhold/etc/local_sessions",
+            {}, "test -f /opt/skyhold/etc/local_sessions; rm /opt/skyhold/etc/local_sessions"),
+        // Two of them are dated beyond what 32 bits hold.
+        recorded("sweepsOldRecords", "bob", "t", "1",
+            record("a", "carol", DAY + 10) + record("b", "bob", DAY - 60) + record("c", "", DAY + 10) +
+                "touch -d @-2208988800 " + SESSIONS + "c; touch -d 2100-01-01 " + SESSIONS +
+                "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS + "d; ln -s /etc/passwd " + SESSIONS +
+                "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
+            {saidRemoved("a"), saidRemoved("c")},
+            "test \"$(ls " + SESSIONS + " | xargs)\" = 'b d l t' && ! test -e /dev/shm/a && rm /dev/shm/b"),
+        Case{
+            .name = "directoryCannotBeMade",
+            .params = {"initlocalsession", "bob", "t", "1"},
+            .credentials = "bob:secret",
+            .prepare = "rm -r /opt/skyhold/etc",
+            .trace = {"* [syscmd:InitLocalSessionHandler]: InitLocalSession bob",
+                "* [UpdateLocalSessionRecords] mkdir /opt/skyhold/etc/local_sessions failed; "
+                "errno=2",
+                "= code 0", "* [syscmd:InitLocalSessionHandler]: InitLocalSession bob success", "= response success"},
+            .requests = {"[bob]"},
+            .check = "mkdir /opt/skyhold/etc",
+        },
+        Case{
+            .name = "needsThreeParameters",
+            .params = {"initlocalsession", "bob", "t"},
+            .code = CODE_FAILED,
+            .response = "InitLocalSession: error reading username/token/sessionid/seed params from request",
+            .trace = {"* ERROR [syscmd:InitLocalSessionHandler]: error reading username/password/email "
+                      "params from request",
+                "= code 1",
+                "= response InitLocalSession: error reading username/token/sessionid/seed params "
+                "from request"},
+        }),
+    caseName);
+
+/** Whether this device lets us set the attribute, for which the kernel asks a privilege. */
+bool canPin()
+{
+    const std::string probe = "/opt/skyhold/etc/.pin";
+    return shell(": > " + probe + "; chattr +i " + probe + " 2>/dev/null && echo yes; chattr -i " + probe +
+                 " 2>/dev/null; rm -f " + probe) == "yes\n";
+}
+
+std::vector<Case> pinning()
+{
+    const std::string unread = "* [CleanupObsoleteLocalSessions] Unable to read username from file e ";
+    if (!canPin()) {
+        return {recorded("refusedByTheKernel", "bob", "t", "0", record("e", "", 0),
+            {unread, SAID_PINNED,
+                "* [UpdateLocalSessionRecords]  ioctl failed on " + SESSIONS + "t: Operation not permitted"},
+            "test \"$(stat -c %a " + SESSIONS + "t)\" = 4")};
+    }
+    const auto reset = [](const std::string& token) {
+        return "* [CleanupObsoleteLocalSessions] reset immutable flag on file " + token;
+    };
+    const std::string pinned = IN_SESSIONS + "lsattr ";
+    return {
+        recorded("pins", "bob", "t", "0", record("e", "", 0), {unread, SAID_PINNED},
+            "umask 022; " + pinned + "t | cut -d ' ' -f 1 | grep i && " + IN_SESSIONS +
+                "test \"$(stat -c %a t)\" != 4 && test \"$(cat t)\" = bob"),
+        recorded("unpinsTheUsersOwn", "bob", "t", "0",
+            record("a", "bob", 60, true) + record("b", "bob\\r\\nx", DAY + 60, true) +
+                record("c", "carol", DAY + 60, true),
+            {reset("a"), reset("b"), saidRemoved("b"), saidRemoved("c"), SAID_PINNED},
+            IN_SESSIONS + "test \"$(ls | xargs)\" = 'a c t' && lsattr a | cut -d ' ' -f 1 | grep -v i && "
+                          "lsattr c | cut -d ' ' -f 1 | grep i"),
+        recorded("onlyZeroPins", "bob", "t", "00", record("a", "bob", 60, true), {},
+            pinned + "a | cut -d ' ' -f 1 | grep i && lsattr t | cut -d ' ' -f 1 | grep -v i"),
+        recorded("anothersPinnedToken", "bob", "t", "0", record("t", "carol", 60, true), {},
+            "test \"$(cat " + SESSIONS + "t)\" = carol"),
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Pinning, Operation, testing::ValuesIn(pinning()), caseName);
+
+} // namespace

@@ -1,0 +1,129 @@
+// The transaction interface as the broker was built against it: a virtual table laid out by hand,
+// slot by slot, independent of our header.
+#include "tests/syscmd/device.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <utility>
+
+namespace {
+
+struct Transaction {
+    const void* const* table;
+    std::vector<std::string> calls;
+    std::vector<std::string> params;
+};
+
+// The broker's calls as the ABI makes them: the object first, a bool as a byte, a string by
+// address.
+template<int slot> void unexpected(Transaction*)
+{
+    ADD_FAILURE() << "slot " << slot;
+}
+
+int getLogLevel(const Transaction* self)
+{
+    const_cast<Transaction*>(self)->calls.emplace_back("getLogLevel");
+    return 5;
+}
+
+bool getRequestParam(const Transaction* self, int index, std::string* value)
+{
+    const_cast<Transaction*>(self)->calls.push_back("getRequestParam " + std::to_string(index));
+    if (index >= static_cast<int>(self->params.size()))
+        return false;
+    *value = self->params[static_cast<std::size_t>(index)];
+    return true;
+}
+
+bool getAuthInfo(const Transaction* self, std::string* value)
+{
+    const_cast<Transaction*>(self)->calls.emplace_back("getAuthInfo");
+    *value = base64("alice:secret");
+    return true;
+}
+
+void setCode(Transaction* self, std::int32_t code)
+{
+    self->calls.push_back("setCode " + std::to_string(code));
+}
+
+template<int slot> void setText(Transaction* self, const std::string* text)
+{
+    self->calls.push_back("slot " + std::to_string(slot) + " " + *text);
+}
+
+int addResponseParam(Transaction* self, const std::string* text)
+{
+    self->calls.push_back("addResponseParam " + *text);
+    return 0;
+}
+
+constexpr int LAST_SLOT = 30;
+
+template<int... slots> std::vector<const void*> layOut(std::integer_sequence<int, slots...>)
+{
+    std::vector<const void*> table = {reinterpret_cast<const void*>(&unexpected<slots>)...};
+    const auto put = [&](std::size_t slot, auto* call) {
+        table[slot] = reinterpret_cast<const void*>(call);
+    };
+    put(10, &getLogLevel);
+    put(13, &getRequestParam);
+    put(14, &getAuthInfo);
+    put(16, &setCode);
+    put(17, &setText<17>);
+    put(18, &setText<18>);
+    put(19, &setText<19>);
+    put(20, &addResponseParam);
+    return table;
+}
+
+TEST(Interface, isCalledBySlot)
+{
+    resetDevice();
+    // The destructor fills entries 0 and 1, so that slot n of the interface is entry n.
+    const auto table = layOut(std::make_integer_sequence<int, LAST_SLOT + 1>());
+    Transaction transaction = {table.data(), {}, {"addremoteuser", "zed"}};
+    pluginEntry()(reinterpret_cast<ITransaction*>(&transaction));
+    EXPECT_EQ(transaction.calls,
+        (std::vector<std::string>{"getLogLevel", "slot 17 /root/devices", "slot 18 userstate", "slot 19 jobstate",
+            "getRequestParam 0", "getAuthInfo", "getRequestParam 1", "setCode 0", "addResponseParam success"}));
+}
+
+TEST(Interface, nullIsIgnored)
+{
+    resetDevice();
+    pluginEntry()(nullptr);
+    EXPECT_TRUE(fileStatements().empty());
+}
+
+/** A broker out of memory. */
+struct ThrowingTransaction : RecordingTransaction {
+    std::string where;
+    int addResponseParam(const std::string& value) override
+    {
+        if (std::exchange(where, "") == "add")
+            throw std::bad_alloc();
+        return RecordingTransaction::addResponseParam(value);
+    }
+    bool getAuthInfo(std::string&) const override { throw std::bad_alloc(); }
+};
+
+TEST(Interface, exceptionsStayInside)
+{
+    ThrowingTransaction checked;
+    checked.params = {"adduser"};
+    command(checked);
+    EXPECT_EQ(checked.code, CODE_FAILED);
+    EXPECT_EQ(checked.responses, std::vector<std::string>{"system command failed"});
+
+    ThrowingTransaction answering;
+    answering.params = {"nothing"};
+    answering.where = "add";
+    command(answering);
+    EXPECT_EQ(answering.code, CODE_FAILED);
+    EXPECT_EQ(answering.responses, std::vector<std::string>{"system command failed"});
+}
+
+} // namespace

@@ -1,0 +1,48 @@
+/** One command on the private device, and all that it is expected to bring about. */
+#pragma once
+
+#include "tests/syscmd/device.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+using Texts = std::vector<std::string>;
+
+struct Case {
+    const char* name;
+    Texts params;
+    std::string credentials = "alice:secret"; // before Base64; empty: none
+    std::string prepare = "";                 // shell, on the device, beforehand
+    TTransactionCode code = CODE_SUCCEED;
+    std::string response = "success";
+    Texts trace = {};       // statements ("LINE text" or "* text") and effects ("= code 0"), from the login on
+    Texts requests = {};    // a piece of each transaction
+    std::string check = ""; // shell, on the device, afterwards: must succeed
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Case& shown)
+{
+    return out << shown.name;
+}
+
+/** Parameterised by Case; the one test of each operation. */
+class Operation : public testing::TestWithParam<Case> {
+  protected:
+    static void SetUpTestSuite();
+};
+
+inline std::string caseName(const testing::TestParamInfo<Case>& info)
+{
+    return info.param.name;
+}
+
+/** "boxwelld order ORDER" for the request behind the first `skip` ones. */
+std::string order(const std::string& what, int skip = 0);
+
+/** One list of several. */
+Texts joined(std::initializer_list<Texts> lists);
+
+inline const std::string NAME_31 = "abcdefghijklmnopqrstuvwxyz01234";
+inline const std::string NAME_40 = NAME_31 + "567890123";
+inline const std::string PAIR = base64("SMB:$1$salt$system");
