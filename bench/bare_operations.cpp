@@ -5,7 +5,7 @@
 #include "bench/bare_parts.h"
 #include "bench/bare_sessions.h"
 #include "common/common.h"
-#include "common/mxl/texts.h"
+#include "common/mxl_templates.h"
 
 #include <fcntl.h>
 #include <strings.h>

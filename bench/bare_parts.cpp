@@ -2,7 +2,7 @@
 
 #include "common/common.h"
 #include "common/mxl/bwdclient.h"
-#include "common/mxl/texts.h"
+#include "common/mxl_templates.h"
 
 #include <fcntl.h>
 #include <grp.h>

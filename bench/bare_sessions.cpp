@@ -41,45 +41,41 @@ void removeRecord(int directory, const char* name, time_t modified, time_t now)
     shm_unlink(object);
 }
 
-struct Expired {
-    std::string name;
-    time_t modified;
-};
+/** Names of the regular files, sorted as the sweep sorts them. */
+std::vector<std::string> sortedNames(DIR* records)
+{
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(records)) {
+        if (entry->d_type == DT_REG) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    std::sort(names.begin(), names.end(), [](const std::string& one, const std::string& other) {
+        return std::strcoll(one.c_str(), other.c_str()) < 0;
+    });
+    return names;
+}
 
 } // namespace
 
-void bareSweep(const char* pin_owner, Removal order)
+void bareSweep(const char* pin_owner)
 {
     DIR* records = opendir(LOCAL_SESSION_DIRECTORY);
     if (records == nullptr) {
         return;
     }
     const int directory = dirfd(records);
+    const std::vector<std::string> names = sortedNames(records);
     const time_t now = time(nullptr);
-    std::vector<Expired> expired;
-    while (const dirent* entry = readdir(records)) {
-        if (entry->d_type != DT_REG) {
-            continue;
-        }
+    for (const std::string& name : names) {
         struct stat status = {};
-        if (pin_owner != nullptr && belongsTo(directory, entry->d_name, pin_owner)) {
+        if (pin_owner != nullptr && belongsTo(directory, name.c_str(), pin_owner)) {
             std::abort();
         }
-        fstatat(directory, entry->d_name, &status, 0);
-        if (now - status.st_mtime <= 86400) {
-            continue;
+        fstatat(directory, name.c_str(), &status, 0);
+        if (now - status.st_mtime > 86400) {
+            removeRecord(directory, name.c_str(), status.st_mtime, now);
         }
-        if (order == Removal::AtOnce) {
-            removeRecord(directory, entry->d_name, status.st_mtime, now);
-        } else {
-            expired.push_back({entry->d_name, status.st_mtime});
-        }
-    }
-    std::sort(expired.begin(), expired.end(), [](const Expired& one, const Expired& other) {
-        return std::strcoll(one.name.c_str(), other.name.c_str()) < 0;
-    });
-    for (const Expired& record : expired) {
-        removeRecord(directory, record.name.c_str(), record.modified, now);
     }
     closedir(records);
 }

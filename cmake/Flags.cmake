@@ -52,17 +52,4 @@ function(ship_small)
     endif()
 endfunction()
 
-# call_string_members(UNIT...): units that take the members of std::string from the C++ library also
-# where the compiler would copy them out of its header, in a build for size.
-function(call_string_members)
-    if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
-        set_source_files_properties(${ARGV} PROPERTIES COMPILE_OPTIONS -fno-inline)
-    endif()
-endfunction()
-
-# never_throw(UNIT...): units of C calls only, which need no way out for an exception.
-function(never_throw)
-    set_source_files_properties(${ARGV} PROPERTIES COMPILE_OPTIONS -fno-exceptions)
-endfunction()
-
 include_directories(${CMAKE_SOURCE_DIR})

@@ -1,5 +1,4 @@
-#include "common/common.h"
-#include "liblst/owned.h"
+#include "common/base64.h"
 
 #include <glib.h>
 

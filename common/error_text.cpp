@@ -1,4 +1,4 @@
-#include "common/common.h"
+#include "common/error_text.h"
 
 #include <cstdio>
 #include <cstring>

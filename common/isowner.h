@@ -34,6 +34,7 @@ int isUserInGroup(const char* user, const char* group);
  * @param user  the login
  * @param name  receives the name as the daemon spells it, empty when there is no such user; the
  *              caller releases it with free(). Set, if at all, also for a locked user
- * @return the daemon's lock flag, 0 (unlocked) when the reply has none; 1 after any failure
+ * @return the daemon's lock flag, the number as it stands: 0 (unlocked) when the reply has none; 1
+ *         after any failure
  */
-int isLocked(const char* user, char** name);
+long isLocked(const char* user, char** name);

@@ -1,4 +1,5 @@
-#include "common/io.h"
+#include "common/log.h"
+
 #include "liblst/owned.h"
 #include "liblst/whole_file.h"
 
@@ -114,8 +115,7 @@ void appendToFile(const Statement& statement, char* message)
 using SmallBuffer = char[PREFIX_ROOM + SHORT_MESSAGE];
 
 /** Formats the message with PREFIX_ROOM bytes to spare in front: in `small` or, when it is longer,
- * in
- * `*large`, newly allocated; null when that fails. */
+ * in `*large`, newly allocated; null when that fails. */
 [[gnu::format(printf, 3, 0)]] char*
 formatMessage(SmallBuffer& small, char** large, const char* format, va_list arguments)
 {

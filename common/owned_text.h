@@ -1,7 +1,7 @@
 /** Owned copies of texts, on top of liblst's ownership helpers. */
 #pragma once
 
-#include "common/common.h"
+#include "common/result.h"
 #include "liblst/owned.h"
 
 #include <cstring>

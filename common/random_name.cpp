@@ -1,4 +1,6 @@
-#include "common/common.h"
+#include "common/random_name.h"
+
+#include "common/result.h"
 
 #include <cstdlib>
 #include <ctime>

@@ -1,4 +1,6 @@
-#include "common/common.h"
+#include "common/readline.h"
+
+#include "common/result.h"
 
 #include <cstring>
 

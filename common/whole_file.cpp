@@ -1,8 +1,9 @@
-#include "liblst/whole_file.h"
+#include "common/whole_file.h"
 
-#include "common/common.h"
+#include "common/result.h"
 #include "liblst/format.h"
 #include "liblst/owned.h"
+#include "liblst/whole_file.h"
 
 char* aGetFileContent(const int fn)
 {

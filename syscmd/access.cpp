@@ -1,4 +1,7 @@
-#include "common/io.h"
+#include "common/account_name.h"
+#include "common/base64.h"
+#include "common/log.h"
+#include "common/result.h"
 #include "liblst/owned.h"
 #include "syscmd/handler.h"
 #include "syscmd/operations.h"

@@ -1,74 +1,67 @@
-#include "common/io.h"
+#include "common/log.h"
+#include "common/result.h"
 #include "syscmd/commands/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/operations.h"
 
 namespace {
 
-constexpr const char* FAILED_TEXT = "system command failed";
+constexpr Speaker EXECUTE = SPEAKER("execute");
 
-/** Adds the one response parameter of a command. */
-void answer(ITransaction* pTx, const std::string& response, bool& answered)
+/** The response unless a handler has a better one. It exists from load on: the answer to exhausted
+ * memory needs none. */
+const std::string FAILED_TEXT = "system command failed";
+
+/** Adds the one response parameter of a command; `answered` tells that it was added. */
+void answer(ITransaction& tx, const std::string& response, bool& answered)
 {
-    pTx->addResponseParam(response);
+    tx.addResponseParam(response);
     answered = true;
 }
 
-/** Everything that may throw; `answered` tells whether the response parameter was added. */
-void carryOut(ITransaction* pTx, bool& answered)
+/** Everything that may throw. */
+void carryOut(ITransaction& tx, bool& answered)
 {
-    MAX_LOG_LEVEL = pTx->getLogLevel();
-    std::string response;
-    setResponse(response, "/root/devices");
-    pTx->setMoniker(response);
-    setResponse(response, "userstate");
-    pTx->setMethod(response);
-    setResponse(response, "jobstate");
-    pTx->setBodyType(response);
-    setResponse(response, FAILED_TEXT);
+    MAX_LOG_LEVEL = tx.getLogLevel();
+    tx.setMoniker("/root/devices");
+    tx.setMethod("userstate");
+    tx.setBodyType("jobstate");
+    std::string response = FAILED_TEXT;
 
     std::string name;
-    if (!pTx->getRequestParam(0, name)) {
-        LOG_IN("execute", 1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
-        setResponse(response, "getRequestParam() failed");
-        pTx->setCode(CODE_FAILED);
-        answer(pTx, response, answered);
-        return;
+    if (!tx.getRequestParam(0, name)) {
+        LOG_AS_AT(EXECUTE, 1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
+        fail(tx, response, "getRequestParam() failed");
+        return answer(tx, response, answered);
     }
 
     int is_owner = 0;
     int is_sh = 0;
-    if (AuthenticateUser(name, pTx, is_owner, is_sh) != SUCCESS) {
-        setResponse(response, "access denied");
-        answer(pTx, response, answered);
-        pTx->setCode(CODE_FAILED);
-        return;
+    if (AuthenticateUser(name, &tx, is_owner, is_sh) != SUCCESS) {
+        answer(tx, "access denied", answered);
+        return tx.setCode(CODE_FAILED);
     }
 
     const Operation* operation = findOperation(name);
     if (operation != nullptr && mayRun(*operation, is_owner, is_sh)) {
-        operation->handle(pTx, response);
-        answer(pTx, response, answered);
-        return;
+        operation->handle(&tx, response);
+    } else {
+        LOG_AS_AT(
+            EXECUTE, 1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str()
+        );
+        fail(tx, response, "operation unknown");
     }
-    LOG_IN("execute", 1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str());
-    setResponse(response, "operation unknown");
-    pTx->setCode(CODE_FAILED);
-    answer(pTx, response, answered);
+    answer(tx, response, answered);
 }
 
-/** The answer to a command that an exception ended. */
-void answerException(ITransaction* pTx, bool answered) noexcept
+/** Makes a call of which nothing may leave; whether it came to its end. */
+template<typename Call> bool comesToItsEnd(Call call) noexcept
 {
     try {
-        pTx->setCode(CODE_FAILED);
-        if (!answered) {
-            std::string response;
-            setResponse(response, FAILED_TEXT);
-            pTx->addResponseParam(response);
-        }
+        call();
+        return true;
     } catch (...) {
-        LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
+        return false;
     }
 }
 
@@ -79,12 +72,13 @@ extern "C" void execute(ITransaction* pTx)
     if (pTx == nullptr) {
         return;
     }
-
     bool answered = false;
-    try {
-        carryOut(pTx, answered);
-    } catch (...) {
-        LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
-        answerException(pTx, answered);
+    if (comesToItsEnd([&] { carryOut(*pTx, answered); })) {
+        return;
+    }
+    LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
+    comesToItsEnd([&] { pTx->setCode(CODE_FAILED); });
+    if (!answered && !comesToItsEnd([&] { answer(*pTx, FAILED_TEXT, answered); })) {
+        LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
     }
 }

@@ -12,8 +12,8 @@
  */
 #pragma once
 
-#include "common/common.h"
 #include "common/isowner.h"
+#include "common/transaction.h"
 #include "liblst/export.h"
 
 #include <string>

@@ -1,7 +1,7 @@
 /** The table of operations: what each is called, who may ask for it, and what carries it out. */
 #pragma once
 
-#include "common/common.h"
+#include "common/transaction.h"
 
 #include <string>
 

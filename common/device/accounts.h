@@ -1,18 +1,7 @@
 /** The system's user and group database, by its re-entrant look-ups (getpwnam_r(3)). */
 #pragma once
 
-#include <pwd.h>
 #include <sys/types.h>
-
-#include <cstddef>
-
-/** Bytes of a look-up buffer where the system reports 0, and the step by which one grows. */
-constexpr std::size_t LOOK_UP_BUFFER_STEP = 16384;
-
-/** Bytes that the system reports for look-ups of kind `sysconf_name` (_SC_GETPW_R_SIZE_MAX or
- * _SC_GETGR_R_SIZE_MAX). A size of -1 ("no limit") comes through as the largest size, which no
- * allocation grants: the look-up then fails. */
-std::size_t lookUpBufferSize(int sysconf_name);
 
 /** The numbers of a user's entry. */
 struct UserNumbers {
@@ -26,3 +15,24 @@ struct UserNumbers {
  * @return 0 with `*numbers` set; -1 when there is no such user or the look-up failed
  */
 int findUser(const char* name, UserNumbers* numbers);
+
+/** Whether user `name`, whose primary group is `primary`, belongs to `group_name`, by that or by
+ * the group's list of members; false when a look-up failed. */
+bool isMember(const char* name, gid_t primary, const char* group_name);
+
+/**
+ * Looks a local account's id up.
+ *
+ * @return 0 with `*uid` set; -1 when there is no such user, the look-up failed, or an argument is
+ *         null
+ */
+int getUserIDByName(const char* user, uid_t* uid);
+
+/**
+ * The same as a decimal text.
+ *
+ * @param user_id   receives the id, which the caller releases with free(); untouched on failure
+ * @param username  the account's name
+ * @return 0, or -1 when the name is unknown, memory runs out, or an argument is null (logged)
+ */
+int GetUserIDByUsername(char** user_id, const char* username);

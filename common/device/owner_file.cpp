@@ -1,29 +1,25 @@
-#include "common/common.h"
-#include "liblst/owned.h"
+#include "common/device/owner_file.h"
+
+#include "common/cut.h"
+#include "common/device/device_info.h"
+#include "common/owned_text.h"
+#include "liblst/whole_file.h"
 
 #include <unistd.h>
 
-#include <cstdarg>
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
-constexpr const char* LINK_AGENT_CONFIGURATION = "/opt/linkhub/etc/linkagent.conf";
-
-/** Reads the first line that a shell command prints, with its line end. The command's exit status
- * is not looked at. */
-[[gnu::format(printf, 3, 4)]] bool
-readCommandLine(char* line, int line_size, const char* format, ...)
+/** A copy of the name that `find` finds in the owner file; null when there is none to read. */
+char* readName(std::string_view (*find)(const char*))
 {
-    char command[256];
-    va_list arguments;
-    va_start(arguments, format);
-    vsnprintf(command, sizeof command, format, arguments);
-    va_end(arguments);
-
-    AUTO_CLOSE_PIPE FILE* pipe = popen(command, "r");
-    return pipe != nullptr && fgets(line, line_size, pipe) != nullptr;
+    AUTO_FREE char* file = nullptr;
+    char* name = nullptr;
+    return readFile(&file, OWNER_FILE, OnReadError::Keep) == SUCCESS &&
+                   giveCopy(&name, find(file)) == SUCCESS
+               ? name
+               : nullptr;
 }
 
 /** One element of the file whose value may be left out, tags and all. */
@@ -35,28 +31,24 @@ struct OptionalElement {
 
 } // namespace
 
-bool readBoxwellInfoValue(const char* key, DeviceValue& value)
+std::string_view ownerIn(const char* file)
 {
-    if (!readCommandLine(value, sizeof value, "boxwellinfo %s", key)) {
-        return false;
-    }
-    std::size_t length = strlen(value);
-    while (length > 0 && (value[length - 1] == '\n' || value[length - 1] == '\r')) {
-        value[--length] = '\0';
-    }
-    return length > 0 && strstr(value, "ERROR:") == nullptr && strstr(value, "error:") == nullptr;
+    return cut(file, "<owner>", "</owner>");
 }
 
-bool readXid(AgentId& xid)
+std::string_view p2pOwnerIn(const char* file)
 {
-    if (!readCommandLine(
-            xid, sizeof xid, "cat %s | grep link_agent_id | cut -c 12-", LINK_AGENT_CONFIGURATION
-        )) {
-        return false;
-    }
-    // The id ends at the first blank or line end, wherever it stands.
-    xid[strcspn(xid, " \r\n")] = '\0';
-    return xid[0] != '\0';
+    return cut(file, "<p2powner>", "</p2powner>");
+}
+
+char* GetSSOOwner()
+{
+    return readName(ownerIn);
+}
+
+char* GetP2POwner()
+{
+    return readName(p2pOwnerIn);
 }
 
 int createOwnerFile(
@@ -70,14 +62,8 @@ int createOwnerFile(
         return -1;
     }
 
-    DeviceValue model;
-    DeviceValue firmware_id;
-    DeviceValue firmware_time;
-    DeviceValue serial;
-    if (!readBoxwellInfoValue("Model", model) ||
-        !readBoxwellInfoValue("Firmware_Version", firmware_id) ||
-        !readBoxwellInfoValue("Firmware_Time", firmware_time) ||
-        !readBoxwellInfoValue("Serial", serial)) {
+    DeviceInfo info;
+    if (!readDeviceInfo(info)) {
         unlink(path);
         return -3;
     }
@@ -87,9 +73,9 @@ int createOwnerFile(
     if (use_linkhub && readXid(xid)) {
         agent = {"<link_agent_id>", xid, "</link_agent_id>"};
     }
-    OptionalElement remote_owner;
+    OptionalElement p2p_owner;
     if (p2p_username != nullptr) {
-        remote_owner = {"<p2powner>", p2p_username, "</p2powner>"};
+        p2p_owner = {"<p2powner>", p2p_username, "</p2powner>"};
     }
     // Straight into the stream: the file is empty now, and must not stay so for want of memory.
     const int written = fprintf(
@@ -103,8 +89,8 @@ int createOwnerFile(
         "%s%s%s"
         "%s%s%s"
         "</registration>",
-        sso_username, model, firmware_id, firmware_time, serial, agent.begin, agent.value,
-        agent.end, remote_owner.begin, remote_owner.value, remote_owner.end
+        sso_username, info.model, info.firmware_id, info.firmware_time, info.serial, agent.begin,
+        agent.value, agent.end, p2p_owner.begin, p2p_owner.value, p2p_owner.end
     );
     return written < 0 ? -4 : SUCCESS;
 }

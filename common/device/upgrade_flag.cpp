@@ -1,4 +1,6 @@
-#include "common/common.h"
+#include "common/device/upgrade_flag.h"
+
+#include "common/result.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,5 +1,7 @@
+#include "common/mxl/reply.h"
+
 #include "common/cut.h"
-#include "common/io.h"
+#include "common/log.h"
 #include "common/owned_text.h"
 
 #include <algorithm>

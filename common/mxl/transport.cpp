@@ -1,13 +1,14 @@
-#include "common/common.h"
-#include "common/io.h"
+#include "common/mxl/transport.h"
+
+#include "common/log.h"
 #include "common/mxl/bwdclient.h"
+#include "common/result.h"
 
 #include <climits>
 #include <cstring>
 
 Delivery deliver(char** reply, const char* request)
 {
-    *reply = nullptr;
     const std::size_t length = strlen(request);
     if (length > INT_MAX) {
         return Delivery::Failed; // GCOV_EXCL_LINE: two gigabytes
@@ -18,7 +19,6 @@ Delivery deliver(char** reply, const char* request)
     if (process_request_bwdclient(
             const_cast<char*>(request), static_cast<int>(length), reply, &reply_length
         ) != SUCCESS) {
-        *reply = nullptr; // whatever the library left there is not ours to free
         return Delivery::Failed;
     }
     return *reply == nullptr ? Delivery::Unanswered : Delivery::Answered;

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-class Transaction final : public ITransaction {
+class Transaction : public ITransaction {
   public:
     explicit Transaction(Command command);
 

@@ -1,36 +1,10 @@
 #include "syscmd/commands/account_group.h"
 
-#include "common/common.h"
-#include "common/io.h"
+#include "common/device/owner_file.h"
 #include "common/isowner.h"
 #include "liblst/owned.h"
-#include "liblst/whole_file.h"
 
 #include <cstring>
-
-namespace {
-
-char* readOwnerFile(const char* begin, const char* end)
-{
-    AUTO_FREE char* content = nullptr;
-    char* value = nullptr;
-    return readFile(&content, OWNER_FILE, OnReadError::Keep) == SUCCESS &&
-                   CutStr(&value, content, begin, end) == SUCCESS
-               ? value
-               : nullptr;
-}
-
-} // namespace
-
-char* GetSSOOwner()
-{
-    return readOwnerFile("<owner>", "</owner>");
-}
-
-char* GetP2POwner()
-{
-    return readOwnerFile("<p2powner>", "</p2powner>");
-}
 
 const char* getGroupByUsername(const char* username, int* isowner)
 {

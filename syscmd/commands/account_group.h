@@ -1,12 +1,5 @@
-/** What the owner file says to the account operations. */
+/** The group that an account belongs to. */
 #pragma once
-
-/** The cloud owner's name, which the caller releases with free(): empty when the file has none,
- * null when the file cannot be read or is empty. */
-char* GetSSOOwner();
-
-/** The peer-to-peer owner's name, under the same terms. */
-char* GetP2POwner();
 
 /**
  * The group that an account is given.

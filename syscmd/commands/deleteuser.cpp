@@ -1,51 +1,34 @@
-#include "common/io.h"
+#include "common/log.h"
+#include "common/result.h"
 #include "syscmd/commands/command.h"
 #include "syscmd/daemon/delete_user.h"
 #include "syscmd/handler.h"
 
-#include <cstring>
-
-namespace {
-
-constexpr CommandWords HANDLER = {
-    .file = __FILE_NAME__,
-    .function = "DeleteAccountHandler",
-    .unread = "DeleteUser ",
-    .answer = "Delete User: error reading username/password params from request",
-    .null_line = 1391,
-    .unread_line = 1425,
-    .parameters = 2,
-    .code_first = true,
-};
-
-void remove(ITransaction& tx, std::string& response, const char* const* parameters)
-{
-    const char* username = parameters[0];
-    AccountName name;
-    const int result = DelUser(accountName(name, username), parameters[1], ANY_ACCOUNT);
-    if (result == SUCCESS) {
-        LOG_IN(
-            HANDLER.function, 1402, Debug, "[syscmd:DeleteAccountHandler: DelUser %s success\n",
-            username
-        );
-    } else if (strchr(username, '@') == nullptr) {
-        LOG_IN(
-            HANDLER.function, 1415, Error,
-            "ERROR [syscmd:DeleteAccountHandler]: DelUser %s failed with code=%d\n", username,
-            result
-        );
-        setResponse(response, "DeleteUser failed");
-        tx.setCode(CODE_FAILED);
-        return;
-    }
-    // A cloud user named by an e-mail address counts as deleted even if the deletion failed.
-    setResponse(response, "success");
-    tx.setCode(CODE_SUCCEED);
-}
-
-} // namespace
-
 void DeleteAccountHandler(ITransaction* pTx, std::string& response)
 {
-    runCommand(pTx, response, HANDLER, remove);
+    if (pTx == nullptr) {
+        LOG_AT(1391, Error, "[syscmd:DeleteAccountHandler] invalid input arguments");
+        return;
+    }
+    std::string username;
+    std::string p2pusername;
+    if (!readParameters(*pTx, {&username, &p2pusername})) {
+        fail(*pTx, response, "Delete User: error reading username/password params from request");
+        LOG_AT(1425, Error, "ERROR [syscmd:DeleteAccountHandler]: DeleteUser %s\n", UNREAD);
+        return;
+    }
+
+    const int result = DelUser(accountName(username).c_str(), p2pusername.c_str(), ANY_ACCOUNT);
+    if (result == SUCCESS) {
+        LOG_AT(1402, Debug, "[syscmd:DeleteAccountHandler: DelUser %s success\n", username.c_str());
+    } else if (username.find('@') == std::string::npos) {
+        LOG_AT(
+            1415, Error, "ERROR [syscmd:DeleteAccountHandler]: DelUser %s failed with code=%d\n",
+            username.c_str(), result
+        );
+        return fail(*pTx, response, "DeleteUser failed");
+    }
+    // A cloud user named by an e-mail address counts as deleted even if the deletion failed.
+    response = "success";
+    pTx->setCode(CODE_SUCCEED);
 }

@@ -1,47 +1,34 @@
-#include "common/io.h"
+#include "common/log.h"
 #include "syscmd/commands/command.h"
 #include "syscmd/handler.h"
 #include "syscmd/sessions/record.h"
-
-#include <cstring>
-
-namespace {
-
-constexpr CommandWords HANDLER = {
-    .file = __FILE_NAME__,
-    .function = "InitLocalSessionHandler",
-    .unread = "",
-    .answer = "InitLocalSession: error reading username/token/sessionid/seed params from request",
-    .null_line = __LINE__,
-    .unread_line = __LINE__,
-    .parameters = 3,
-};
-
-void record(ITransaction& tx, std::string& response, const char* const* parameters)
-{
-    AccountName name;
-    const char* username = accountName(name, parameters[0]);
-    const char* token = parameters[1];
-    const char* expires = parameters[2];
-    LOG_IN(
-        HANDLER.function, __LINE__, Info, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s",
-        username
-    );
-
-    CleanupObsoleteLocalSessions(strcmp(expires, "0") == 0 ? username : nullptr);
-    UpdateLocalSessionRecords(token, username, expires);
-
-    tx.setCode(CODE_SUCCEED);
-    setResponse(response, "success");
-    LOG_IN(
-        HANDLER.function, __LINE__, Debug,
-        "[syscmd:InitLocalSessionHandler]: InitLocalSession %s success", username
-    );
-}
-
-} // namespace
+#include "syscmd/sessions/sweep.h"
 
 void InitLocalSessionHandler(ITransaction* pTx, std::string& response)
 {
-    runCommand(pTx, response, HANDLER, record);
+    if (pTx == nullptr) {
+        LOG(Error, "[syscmd:InitLocalSessionHandler] invalid input arguments");
+        return;
+    }
+    std::string username;
+    std::string token;
+    std::string expires;
+    if (!readParameters(*pTx, {&username, &token, &expires})) {
+        LOG(Error, "ERROR [syscmd:InitLocalSessionHandler]: %s\n", UNREAD);
+        return fail(
+            *pTx, response,
+            "InitLocalSession: error reading username/token/sessionid/seed params from request"
+        );
+    }
+    username = accountName(username);
+    const char* user = username.c_str();
+    LOG(Info, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s", user);
+
+    const bool pinned = expires == PINNED;
+    CleanupObsoleteLocalSessions(pinned ? user : nullptr);
+    UpdateLocalSessionRecords(token.c_str(), user, pinned ? PINNED : "");
+
+    pTx->setCode(CODE_SUCCEED);
+    response = "success";
+    LOG(Debug, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s success", user);
 }

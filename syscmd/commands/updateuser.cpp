@@ -1,96 +1,104 @@
-#include "common/io.h"
+#include "common/device/accounts.h"
+#include "common/device/owner_file.h"
+#include "common/log.h"
+#include "common/result.h"
 #include "liblst/owned.h"
 #include "syscmd/commands/account_group.h"
 #include "syscmd/commands/command.h"
 #include "syscmd/daemon/conflicts.h"
-#include "syscmd/daemon/query_user.h"
 #include "syscmd/daemon/update_user.h"
 #include "syscmd/handler.h"
 
 namespace {
 
-constexpr CommandWords HANDLER = {
-    .file = __FILE_NAME__,
-    .function = "UpdateUserHandler",
-    .unread = "Update User: ",
-    .answer = "Update User: error reading username/password/email params from request",
-    .null_line = __LINE__,
-    .unread_line = __LINE__,
-    .parameters = 4,
+constexpr Speaker HANDLER = SPEAKER("UpdateUserHandler");
+
+constexpr char FAILED[] = "UpdateUser failed";
+
+/** An account's name and the one that it is to have, with what else decides who is in its way. */
+struct Rename {
+    const char* from;
+    const char* to;
+    const char* email;
+    const char* p2pusername;
 };
 
-/** Rewrites the owner file under the owner's new name, keeping the peer-to-peer owner. */
-int renameOwner(const char* new_username)
+/** Moves other accounts out of the way, then finds the account's id; the response to a failure,
+ * which is logged, or null. */
+const char* prepare(char** user_id, const Rename& rename)
 {
-    AUTO_FREE char* p2powner = GetP2POwner();
-    return createOwnerFile(true, new_username, p2powner, OWNER_FILE);
-}
-
-/** The text of the failure, logged; null when the account was updated. */
-const char*
-update(const char* username, const char* password_hash, const char* email, const char* p2pusername)
-{
-    AccountName new_name;
-    const char* new_username = accountName(new_name, email);
-    if (resolveLocalUserConflicts(username, new_username, p2pusername) != SUCCESS) {
-        LOG_IN(
-            HANDLER.function, __LINE__, Error,
+    if (resolveLocalUserConflicts(rename.from, rename.to, rename.p2pusername) != SUCCESS) {
+        LOG_AS(
+            HANDLER, Error,
             "[syscmd:UpdateUserHandler]: failed resolving username conflict with local user for "
             "updated account %s\n",
-            email
+            rename.email
         );
-        return "UpdateUser failed";
+        return FAILED;
     }
-
-    AUTO_FREE char* user_id = nullptr;
-    if (GetUserIDByUsername(&user_id, username) != SUCCESS) {
-        LOG_IN(
-            HANDLER.function, __LINE__, Error,
-            "ERROR [syscmd:UpdateUserHandler]: Failed getting user %s id\n", username
+    if (GetUserIDByUsername(user_id, rename.from) != SUCCESS) {
+        LOG_AS(
+            HANDLER, Error, "ERROR [syscmd:UpdateUserHandler]: Failed getting user %s id\n",
+            rename.from
         );
         return "UpdateUser failed: unable to get local user id";
-    }
-
-    int is_owner = 0;
-    const char* group = getGroupByUsername(username, &is_owner);
-    const int code = UpdateUser(user_id, new_username, password_hash, group, email, p2pusername);
-    if (code != SUCCESS) {
-        LOG_IN(
-            HANDLER.function, __LINE__, Error,
-            "ERROR [syscmd:UpdateUserHandler]: UpdateUser %s failed with code=%d\n", username, code
-        );
-        return "UpdateUser failed";
-    }
-
-    if (is_owner == 1 && renameOwner(new_username) != SUCCESS) {
-        LOG_IN(
-            HANDLER.function, __LINE__, Error,
-            "ERROR [syscmd:UpdateUserHandler] failed updating skyhold owner file\n"
-        );
-        return "UpdateUser failed";
     }
     return nullptr;
 }
 
-void change(ITransaction& tx, std::string& response, const char* const* parameters)
+/** Rewrites the owner file under the owner's new name, keeping the peer-to-peer owner; a failure is
+ * logged. */
+bool renameOwner(const char* new_username)
 {
-    AccountName name;
-    const char* username = accountName(name, parameters[0]);
-    LOG_IN(HANDLER.function, __LINE__, Debug, "syscmd:UpdateUserHandler %s\n", username);
-
-    if (const char* failure = update(username, parameters[1], parameters[2], parameters[3])) {
-        setResponse(response, failure);
-        tx.setCode(CODE_FAILED);
+    AUTO_FREE char* p2powner = GetP2POwner();
+    const bool written = createOwnerFile(true, new_username, p2powner, OWNER_FILE) == SUCCESS;
+    if (!written) {
+        LOG_AS(
+            HANDLER, Error, "ERROR [syscmd:UpdateUserHandler] failed updating skyhold owner file\n"
+        );
     }
+    return written;
 }
 
 } // namespace
 
 void UpdateUserHandler(ITransaction* pTx, std::string& response)
 {
-    if (pTx != nullptr) {
-        pTx->setCode(CODE_SUCCEED);
-        setResponse(response, "success");
+    if (pTx == nullptr) {
+        LOG(Error, "[syscmd:UpdateUserHandler] invalid input arguments");
+        return;
     }
-    runCommand(pTx, response, HANDLER, change);
+    pTx->setCode(CODE_SUCCEED); // stands, like the response, unless something fails
+    response = "success";
+    std::string username;
+    std::string password_hash;
+    std::string email;
+    std::string p2pusername;
+    if (!readParameters(*pTx, {&username, &password_hash, &email, &p2pusername})) {
+        LOG(Error, "ERROR [syscmd:UpdateUserHandler]: Update User: %s\n", UNREAD);
+        return fail(*pTx, response, "Update User: ", UNREAD);
+    }
+    username = accountName(username);
+    const std::string new_username = accountName(email);
+    const Rename rename = {
+        username.c_str(), new_username.c_str(), email.c_str(), p2pusername.c_str()};
+    LOG(Debug, "syscmd:UpdateUserHandler %s\n", rename.from);
+
+    AUTO_FREE char* user_id = nullptr;
+    if (const char* failure = prepare(&user_id, rename)) {
+        return fail(*pTx, response, failure);
+    }
+    int is_owner = 0;
+    const char* group = getGroupByUsername(rename.from, &is_owner);
+    const int code = UpdateUser(
+        {user_id, rename.to, password_hash.c_str(), group, rename.email, rename.p2pusername}
+    );
+    if (code != SUCCESS) {
+        LOG(Error, "ERROR [syscmd:UpdateUserHandler]: UpdateUser %s failed with code=%d\n",
+            rename.from, code);
+        return fail(*pTx, response, FAILED);
+    }
+    if (is_owner == 1 && !renameOwner(rename.to)) {
+        fail(*pTx, response, FAILED);
+    }
 }

@@ -1,10 +1,14 @@
 #include "syscmd/commands/upgradeusertosso.h"
 
-#include "common/io.h"
+#include "common/device/accounts.h"
+#include "common/device/owner_file.h"
+#include "common/device/upgrade_flag.h"
+#include "common/error_text.h"
+#include "common/log.h"
+#include "common/result.h"
 #include "liblst/owned.h"
 #include "syscmd/commands/account_group.h"
 #include "syscmd/commands/command.h"
-#include "syscmd/daemon/query_user.h"
 #include "syscmd/daemon/update_user.h"
 #include "syscmd/handler.h"
 
@@ -26,7 +30,7 @@ int UpgradeUserToSSO(
     const char* group = getGroupByUsername(p2pusername, &is_owner);
 
     int result = SUCCESS;
-    if (UpdateUser(user_id, ssousername, ssopassword, group, email, p2pusername) != SUCCESS) {
+    if (UpdateUser({user_id, ssousername, ssopassword, group, email, p2pusername}) != SUCCESS) {
         LOG_AT(982, Error, "ERROR [syscmd:UpgradeUserToSSO] failed updating user account\n");
         result = UPGRADE_UPDATE_FAILED;
     }
@@ -44,67 +48,46 @@ int UpgradeUserToSSO(
     return result;
 }
 
-namespace {
-
-constexpr CommandWords HANDLER = {
-    .file = __FILE_NAME__,
-    .function = "UpgradeUserToSSOHandler",
-    .unread = "",
-    .answer = "UpgradeUserToSSO: error reading username/password/email params from request",
-    .null_line = 1434,
-    .unread_line = 1477,
-    .parameters = 3,
-};
-
-void upgrade(ITransaction& tx, std::string& response, const char* const* parameters)
-{
-    const char* p2pusername = parameters[0];
-    const char* email = parameters[1];
-    const char* ssopassword = parameters[2];
-    AccountName name;
-    const char* ssousername = accountName(name, email);
-    LOG_IN(
-        HANDLER.function, 1443, Info, "syscmd:UpgradeUserToSSOHandler %s %s", p2pusername,
-        ssousername
-    );
-
-    AUTO_FREE char* user_id = nullptr;
-    if (GetUserIDByUsername(&user_id, p2pusername) != SUCCESS) {
-        setResponse(
-            response, "UpgradeUserToSSO: failed retrieve local user by username:", p2pusername
-        );
-        LOG_IN(
-            HANDLER.function, 1470, Error,
-            "ERROR [syscmd:UpgradeUserToSSOHandler]:failed retrieve local user by username: %s\n",
-            p2pusername
-        );
-        tx.setCode(CODE_FAILED);
-        return;
-    }
-
-    const char* new_password = *ssopassword == '\0' ? nullptr : ssopassword;
-    const int result = UpgradeUserToSSO(user_id, p2pusername, ssousername, new_password, email);
-    if (result == SUCCESS) {
-        tx.setCode(CODE_SUCCEED);
-        setResponse(response, "success");
-        LOG_IN(
-            HANDLER.function, 1455, Debug,
-            "[syscmd:UpgradeUserToSSOHandler]: UpgradeUserToSSO %s success", p2pusername
-        );
-        return;
-    }
-    setResponse(response, "UpgradeUserToSSO: error upgrading p2p user:", p2pusername);
-    LOG_IN(
-        HANDLER.function, 1461, Error,
-        "ERROR [syscmd:UpgradeUserToSSOHandler]:UpgradeUserToSSO %s failed with code=%d\n",
-        p2pusername, result
-    );
-    tx.setCode(CODE_FAILED);
-}
-
-} // namespace
-
 void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
 {
-    runCommand(pTx, response, HANDLER, upgrade);
+    if (pTx == nullptr) {
+        LOG_AT(1434, Error, "[syscmd:UpgradeUserToSSOHandler] invalid input arguments");
+        return;
+    }
+    std::string p2pusername;
+    std::string email;
+    std::string ssopassword;
+    if (!readParameters(*pTx, {&p2pusername, &email, &ssopassword})) {
+        LOG_AT(1477, Error, "ERROR [syscmd:UpgradeUserToSSOHandler]: %s\n", UNREAD);
+        return fail(*pTx, response, "UpgradeUserToSSO: ", UNREAD);
+    }
+    const std::string ssousername = accountName(email);
+    const char* name = p2pusername.c_str();
+    LOG_AT(1443, Info, "syscmd:UpgradeUserToSSOHandler %s %s", name, ssousername.c_str());
+
+    AUTO_FREE char* user_id = nullptr;
+    if (GetUserIDByUsername(&user_id, name) != SUCCESS) {
+        LOG_AT(
+            1470, Error,
+            "ERROR [syscmd:UpgradeUserToSSOHandler]:failed retrieve local user by username: %s\n",
+            name
+        );
+        return fail(
+            *pTx, response, "UpgradeUserToSSO: failed retrieve local user by username:", p2pusername
+        );
+    }
+    const char* password = ssopassword.empty() ? nullptr : ssopassword.c_str();
+    const int result =
+        UpgradeUserToSSO(user_id, name, ssousername.c_str(), password, email.c_str());
+    if (result != SUCCESS) {
+        LOG_AT(
+            1461, Error,
+            "ERROR [syscmd:UpgradeUserToSSOHandler]:UpgradeUserToSSO %s failed with code=%d\n",
+            name, result
+        );
+        return fail(*pTx, response, "UpgradeUserToSSO: error upgrading p2p user:", p2pusername);
+    }
+    pTx->setCode(CODE_SUCCEED);
+    response = "success";
+    LOG_AT(1455, Debug, "[syscmd:UpgradeUserToSSOHandler]: UpgradeUserToSSO %s success", name);
 }

@@ -6,7 +6,7 @@
  *
  * @param username       the account's name
  * @param password_hash  Base64 of SMB hash, colon, system hash; null gives the account a
- * placeholder pair that no password has
+ *                       placeholder pair that no password has
  * @param email          the e-mail address
  * @param resource_type  the record's resource type, "User"
  * @return 0 when the daemon carried it out, else -1 (logged)

@@ -1,7 +1,9 @@
 #include "syscmd/daemon/conflicts.h"
 
-#include "common/common.h"
-#include "common/io.h"
+#include "common/account_name.h"
+#include "common/log.h"
+#include "common/random_name.h"
+#include "common/result.h"
 #include "liblst/liblst.h"
 #include "liblst/owned.h"
 #include "syscmd/daemon/query_user.h"
@@ -67,7 +69,7 @@ int renameLocalUserIfExists(const char* username, const char* clouduser)
             username);
         return -2;
     }
-    const int code = UpdateUser(id, new_username, nullptr, nullptr, email, nullptr);
+    const int code = UpdateUser({.user_id = id, .username = new_username, .email = email});
     if (code != SUCCESS) {
         LOG(Error, "ERROR [syscmd:renameLocalUserIfExists]: UpdateUser %s failed with code=%d\n",
             username, code);

@@ -1,4 +1,4 @@
-/** Deletion of accounts and of remote-access users at the daemon. */
+/** Deletion of accounts at the daemon. */
 #pragma once
 
 /** What DelUser may delete. */
@@ -6,15 +6,6 @@ enum Force : int {
     CLOUD_ACCOUNTS_ONLY = 0, /**< accounts of SKYHOLD_GROUP; others are left alone */
     ANY_ACCOUNT = 1,
 };
-
-/**
- * Deletes the remote-access user that stands for a cloud user.
- *
- * @param username  the cloud user's name
- * @return 0 when the daemon answered, a refusal included; -1 when the exchange failed or `username`
- *         is null (logged)
- */
-int DelNetwork(const char* username);
 
 /**
  * Deletes a local account, keeping its home folder, and then its remote-access user.

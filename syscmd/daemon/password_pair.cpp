@@ -1,6 +1,7 @@
 #include "syscmd/daemon/password_pair.h"
 
-#include "common/common.h"
+#include "common/base64.h"
+#include "common/result.h"
 
 #include <cstring>
 

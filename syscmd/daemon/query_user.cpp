@@ -1,6 +1,6 @@
 #include "syscmd/daemon/query_user.h"
 
-#include "common/device/accounts.h"
+#include "common/mxl_templates.h"
 #include "common/owned_text.h"
 #include "liblst/liblst.h"
 #include "syscmd/daemon/exchange.h"
@@ -8,9 +8,8 @@
 
 namespace {
 
-constexpr ExchangeWords WORDS = {
-    .file = __FILE_NAME__,
-    .function = "GetUserData",
+constexpr Exchange QUERY = {
+    .speaker = SPEAKER("GetUserData"),
     .unformatted = {__LINE__, ": asprintf failed\n"},
     .unsent = {__LINE__, ": process_request_bwdclient failed\n"},
     .unanswered = {__LINE__, ": respond is NULL\n"},
@@ -49,10 +48,19 @@ bool matches(const UserRecord& record, std::string_view username)
            (record.name == username || record.name.substr(0, LEAF_USER.size()) == LEAF_USER);
 }
 
-/** Walks the records of a reply to the one that matches; logs each that does not. */
-int findMatch(const UserData& out, const char* username, const char* request, const char* reply)
+/** Shows a text of the exchange in a statement that names its own file and line. */
+void show(int line, const char* what, const char* text)
 {
-    UserRecords records = {.cursor = reply};
+    LOG_AS_AT(
+        QUERY.speaker, line, Debug, "DEBUG:%s:%d syscmd:%s=%s\n", QUERY.speaker.file, line, what,
+        text
+    );
+}
+
+/** Walks the records of a reply to the one that matches; logs each that does not. */
+int findMatch(const UserData& out, const char* username, const Answer& answer)
+{
+    UserRecords records = {.cursor = answer.reply};
     UserRecord record;
     bool empty = true;
     bool damaged = false;
@@ -62,22 +70,15 @@ int findMatch(const UserData& out, const char* username, const char* request, co
             if (giveData(out, record) == SUCCESS) {
                 return SUCCESS;
             }
-            LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:GetUserData]: CutStr failed\n");
+            LOG_AS(QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: CutStr failed\n");
             damaged = true;
             continue;
         }
-        LOG_IN(
-            WORDS.function, __LINE__, Error,
-            "ERROR [syscmd:GetUserData]: GetUserData and User Group failed\n"
+        LOG_AS(
+            QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: GetUserData and User Group failed\n"
         );
-        LOG_IN(
-            WORDS.function, __LINE__, Debug, "DEBUG:%s:%d syscmd:request=%s\n", __FILE_NAME__,
-            __LINE__, request
-        );
-        LOG_IN(
-            WORDS.function, __LINE__, Debug, "DEBUG:%s:%d syscmd:respond=%s\n", __FILE_NAME__,
-            __LINE__, reply
-        );
+        show(__LINE__, "request", answer.request);
+        show(__LINE__, "respond", answer.reply);
     }
     if (empty || damaged) {
         return -1;
@@ -86,41 +87,13 @@ int findMatch(const UserData& out, const char* username, const char* request, co
     // Callers tell "no such user" by the empty id; group and e-mail are the last record's.
     record.id = "";
     if (giveData(out, record) != SUCCESS) {
-        LOG_IN(WORDS.function, __LINE__, Error, "ERROR [syscmd:GetUserData]: malloc failed\n");
+        LOG_AS(QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: malloc failed\n");
         return -1;
     }
     return SUCCESS;
 }
 
 } // namespace
-
-int getUserIDByName(const char* user, uid_t* uid)
-{
-    UserNumbers numbers = {};
-    if (user == nullptr || uid == nullptr || findUser(user, &numbers) != SUCCESS) {
-        return -1;
-    }
-    *uid = numbers.user;
-    return SUCCESS;
-}
-
-int GetUserIDByUsername(char** user_id, const char* username)
-{
-    if (user_id == nullptr || username == nullptr) {
-        LOG(Error, "ERROR [syscmd:GetUserIDByUsername]: invalid input arguments\n");
-        return -1;
-    }
-    uid_t uid = 0;
-    if (getUserIDByName(username, &uid) != SUCCESS) {
-        return -1;
-    }
-    AUTO_FREE char* text = String("%d", static_cast<int>(uid));
-    if (text == nullptr) {
-        return -1;
-    }
-    give(user_id, text);
-    return SUCCESS;
-}
 
 int GetUserData(char** user_id, char** user_group, char** user_email, const char* username)
 {
@@ -131,24 +104,15 @@ int GetUserData(char** user_id, char** user_group, char** user_email, const char
     }
     LOG(Debug, "syscmd:GetID: username=%s\n", username);
 
-    AUTO_FREE char* request = nullptr;
-    if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(GET_USER_DATA_MXL, "", username, "")) !=
-        SUCCESS) {
-        return -1;
-    }
-    AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
-        return -1;
-    }
-    AUTO_FREE char* detail = nullptr;
-    switch (readOutcome(&detail, WORDS, reply)) {
+    AUTO_ANSWER Answer answer = {};
+    switch (ask(answer, QUERY, String(GET_USER_DATA_MXL_TEXT, "", username, ""))) {
     case Outcome::Done:
-        return findMatch({user_id, user_group, user_email}, username, request, reply);
-    case Outcome::Refused:
-        LOG(Error, "ERROR [syscmd:GetUserData]: MXL error %s", detail);
-        break;
+        return findMatch({user_id, user_group, user_email}, username, answer);
     case Outcome::Failed:
+        return -1;
+    case Outcome::Refused:
         break;
     }
+    LOG(Error, "ERROR [syscmd:GetUserData]: MXL error %s", answer.detail);
     return -1;
 }

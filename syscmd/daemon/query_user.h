@@ -1,20 +1,5 @@
-/** Look-ups of one user before a change: in the system's user database and at the daemon. */
+/** Look-up of one user at the daemon. */
 #pragma once
-
-#include <sys/types.h>
-
-/**
- * Looks a local account's id up in the system's user database.
- *
- * @param user_id   receives the id as a decimal text, which the caller releases with free();
- *                  untouched on failure
- * @param username  the account's name
- * @return 0, or -1 when the name is unknown, memory runs out, or an argument is null (logged)
- */
-int GetUserIDByUsername(char** user_id, const char* username);
-
-/** The same as a number. */
-int getUserIDByName(const char* user, uid_t* uid);
 
 /**
  * Asks the daemon for one user. A record matches when it holds an id and a group, and its name is
@@ -23,7 +8,7 @@ int getUserIDByName(const char* user, uid_t* uid);
  * A field that is missing from a record is taken from a later one.
  *
  * @param user_id     receives the id as a decimal text: the matching record's, or an empty text
- * when there are records and none matches
+ *                    when there are records and none matches
  * @param user_group  receives the primary group's name; without a match, the last record's
  * @param user_email  receives the e-mail address; without a match, the last record's
  * @param username    the account's name

@@ -1,95 +1,79 @@
 #include "syscmd/daemon/remote_user.h"
 
-#include "liblst/owned.h"
-#include "syscmd/commands/command.h"
+#include "common/mxl_templates.h"
+#include "common/result.h"
+#include "liblst/liblst.h"
 #include "syscmd/daemon/exchange.h"
-#include "syscmd/handler.h"
+#include "syscmd/daemon/printable.h"
 
 #include <cstring>
 
 namespace {
 
-constexpr ExchangeWords WORDS = {
-    .file = __FILE_NAME__,
-    .function = "AddNetwork",
+constexpr Exchange ADDITION = {
+    .speaker = SPEAKER("AddNetwork"),
     .unformatted = {333, ": asprintf failed\n"},
     .unsent = {327, ": SendMXLtoBWD failed\n"},
     .unanswered = {327, ": SendMXLtoBWD failed\n"},
     .unread = {321, ": GetMXLStatus failed\n"},
     .undetailed = {314, ": GetMXLErrorDetail failed\n"},
+    .shown_request = 285,
+    .shown_reply = 288,
+};
+
+/** The call that fails and the one that brings no reply are one failure, said in one statement. */
+constexpr Words UNDELIVERED = {__LINE__, ": SendMXLtoBWD failed\n"};
+
+constexpr Exchange DELETION = {
+    .speaker = SPEAKER("DelNetwork"),
+    .unformatted = {__LINE__, ": asprintf failed\n"},
+    .unsent = UNDELIVERED,
+    .unanswered = UNDELIVERED,
+    .unread = {__LINE__, ": GetMXLStatus failed\n"},
+    .undetailed = {__LINE__, ": GetMXLErrorDetail failed\n"},
 };
 
 } // namespace
 
 int AddNetwork(const char* username, const char* full_name)
 {
-    if (username == nullptr || full_name == nullptr) {
+    if (username == nullptr) {
         LOG_AT(274, Error, "ERROR [syscmd:AddNetwork]: invalid input arguments\n");
         return -1;
     }
-    AUTO_FREE char* request = nullptr;
-    if (takeRequest(&request, WORDS, FORMAT_TEMPLATE(MXL_TMPL_ADD_NET, full_name, username)) !=
-        SUCCESS) {
-        return -1;
-    }
-    LOG_AT(285, Debug, "syscmd:request=%s\n", request);
-    AUTO_FREE char* reply = nullptr;
-    if (sendRequest(&reply, WORDS, request) != SUCCESS) {
-        return -1;
-    }
-    LOG_AT(288, Debug, "syscmd:respond=%s\n", reply);
-    AUTO_FREE char* detail = nullptr;
-    switch (readOutcome(&detail, WORDS, reply)) {
+    AUTO_ANSWER Answer answer = {};
+    switch (ask(answer, ADDITION, String(MXL_TMPL_ADD_NET_TEXT, printable(full_name), username))) {
     case Outcome::Done:
         return SUCCESS;
-    case Outcome::Refused:
-        if (strstr(detail, "User already present") != nullptr) {
-            return SUCCESS; // asking twice is no failure
-        }
-        LOG_AT(307, Error, "ERROR [syscmd:AddNetwork]: AddNetwork failed\n");
-        break;
     case Outcome::Failed:
+        return -1;
+    case Outcome::Refused:
         break;
     }
+    if (strstr(answer.detail, "User already present") != nullptr) {
+        return SUCCESS; // asking twice is no failure
+    }
+    LOG_AT(307, Error, "ERROR [syscmd:AddNetwork]: AddNetwork failed\n");
     return -1;
 }
 
-namespace {
-
-constexpr CommandWords HANDLER = {
-    .file = __FILE_NAME__,
-    .function = "AddRemoteUserHandler",
-    .unread = "AddRemoteUser ",
-    .answer = "AddRemoteUser: error reading username/password/email params from request",
-    .null_line = 1334,
-    .unread_line = 1358,
-    .parameters = 1,
-};
-
-void addRemote(ITransaction& tx, std::string& response, const char* const* parameters)
+int DelNetwork(const char* username)
 {
-    const char* username = parameters[0];
-    const int result = AddNetwork(username, "");
-    if (result == SUCCESS) {
-        tx.setCode(CODE_SUCCEED);
-        setResponse(response, "success");
-        LOG_IN(
-            HANDLER.function, 1346, Debug,
-            "[syscmd:AddRemoteUserHandler] :AddRemoteUser %s success\n", username
-        );
-        return;
+    if (username == nullptr) {
+        LOG(Error, "ERROR [syscmd:DelNetwork]: invalid input arguments\n");
+        return -1;
     }
-    LOG_IN(
-        HANDLER.function, 1351, Error,
-        "ERROR [syscmd:AddRemoteUserHandler] :AddRemoteUser %s failed with code=%d\n", username,
-        result
-    );
-    tx.setCode(CODE_FAILED); // the response stays as it was
-}
-
-} // namespace
-
-void AddRemoteUserHandler(ITransaction* pTx, std::string& response)
-{
-    runCommand(pTx, response, HANDLER, addRemote);
+    AUTO_ANSWER Answer answer = {};
+    switch (ask(answer, DELETION, String(MXL_TMPL_DEL_NET_TEXT, username))) {
+    case Outcome::Done:
+        return SUCCESS;
+    case Outcome::Failed:
+        return -1;
+    case Outcome::Refused:
+        break;
+    }
+    // As good as deleted: there is nothing that a caller could do.
+    LOG(Debug, "syscmd: DelNetwork failed: request=%s respond=%s error_detail=%s\n", answer.request,
+        answer.reply, answer.detail);
+    return SUCCESS;
 }

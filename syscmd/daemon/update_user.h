@@ -1,27 +1,25 @@
 /** Change of an account at the daemon. */
 #pragma once
 
+/** An account, and what it is to become. The texts are the caller's, NUL-terminated; those that may
+ * be null are left as they are at the account. */
+struct UserUpdate {
+    const char* user_id;                 /**< the account's id, a decimal text */
+    const char* username;                /**< the name that it is to have */
+    const char* password_hash = nullptr; /**< Base64 of SMB hash, colon, system hash; may be null */
+    const char* group = nullptr; /**< the primary group's name; may be null without a cloud user */
+    const char* email;           /**< the e-mail address, stored whole */
+    const char* p2pusername = nullptr; /**< the cloud user bound to the account; may be null */
+};
+
 /**
  * Changes an account: renames it and, where given, sets its hashes, group, e-mail address and cloud
  * user. The request names the device's cloud owner, from the owner file, as its authority.
  *
  * Neither hashes nor cloud user given, the group is not sent either. Hashes without a cloud user
- * also unlock the account.
+ * also unlock the account, and make its cloud user "(null)".
  *
- * @param user_id        the account's id, a decimal text
- * @param username       the name that it is to have
- * @param password_hash  Base64 of SMB hash, colon, system hash; null keeps the password
- * @param group          the primary group's name
- * @param email          the e-mail address, stored whole
- * @param p2pusername    the cloud user bound to the account; may be null
- * @return 0 when the daemon carried it out; -1 otherwise, and when `user_id`, `username` or `email`
- *         is null (logged): then nothing was changed, unless the reply was lost
+ * @return 0 when the daemon carried it out; -1 otherwise, and when id, name or e-mail address is
+ *         null (logged): then nothing was changed, unless the reply was lost
  */
-int UpdateUser(
-    const char* user_id,
-    const char* username,
-    const char* password_hash,
-    const char* group,
-    const char* email,
-    const char* p2pusername
-);
+int UpdateUser(const UserUpdate& to);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <regex>
@@ -32,6 +33,20 @@ Report& report()
     return *static_cast<Report*>(shared);
 }
 
+/** A broker that takes an answer even when memory is exhausted: what comes of it is not its plug-in's
+ * affair. */
+struct Recipient final : Transaction {
+    using Transaction::Transaction;
+    int addResponseParam(const std::string& value) override
+    {
+        std::snprintf(texts[count % std::size(texts)], sizeof texts[0], "%s", value.c_str());
+        return static_cast<int>(count++);
+    }
+
+    char texts[4][256] = {};
+    std::size_t count = 0;
+};
+
 struct Outcome {
     TTransactionCode code = CODE_UNDEFINED;
     Facts responses;
@@ -48,7 +63,7 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
     Outcome outcome;
     const long before = liveResources() + openDescriptors();
     {
-        Transaction transaction(variant.command);
+        Recipient transaction(variant.command);
         try {
             outcome.struck = withFault(fault, [&] { execute(&transaction); });
         } catch (...) {
@@ -56,7 +71,8 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
         }
         const Aside aside;
         outcome.code = transaction.getCode();
-        outcome.responses = transaction.responses();
+        outcome.responses.assign(
+            transaction.texts, transaction.texts + std::min(transaction.count, std::size(transaction.texts)));
     }
     outcome.kept = liveResources() + openDescriptors() - before;
     outcome.files = fileFacts();
@@ -134,10 +150,9 @@ bool isForced(const Variant& variant, const Fault& fault, TTransactionCode code,
 void judge(
     const Variant& variant, const Fault& fault, const Outcome& outcome, const Outcome& golden, const Facts& before)
 {
-    const bool exhausted = fault.onward && outcome.code == CODE_FAILED;
     if (outcome.threw) {
         found("an exception left execute");
-    } else if (outcome.responses.size() != 1 && !(exhausted && outcome.responses.empty())) {
+    } else if (outcome.responses.size() != 1) {
         found(std::to_string(outcome.responses.size()) + " responses");
     }
     if (outcome.kept != 0) {

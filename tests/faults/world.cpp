@@ -1,6 +1,7 @@
 #include "tests/faults/world.h"
 
-#include "common/common.h"
+#include "common/device/owner_file.h"
+#include "common/device/upgrade_flag.h"
 #include "common/mxl/bwdclient.h"
 #include "devkit/boxwelld/seed.h"
 #include "devkit/boxwelld/transactions.h"

@@ -1,4 +1,6 @@
 // What no command reaches: routines called directly, on the private device.
+#include "common/common.h"
+#include "common/device/accounts.h"
 #include "common/io.h"
 #include "common/isowner.h"
 #include "syscmd/commands/upgradeusertosso.h"
@@ -10,6 +12,7 @@
 #include "syscmd/daemon/update_user.h"
 #include "syscmd/handler.h"
 #include "syscmd/sessions/record.h"
+#include "syscmd/sessions/sweep.h"
 #include "tests/syscmd/device.h"
 
 #include <gtest/gtest.h>
@@ -42,7 +45,7 @@ TEST_F(Routines, placeholderPairOfAnAccountWithoutPassword)
 TEST_F(Routines, hashesWithoutCloudUserUnlock)
 {
     const std::string pair = base64("a:b:c");
-    EXPECT_EQ(UpdateUser("1003", "carol", pair.c_str(), "sky-hold", "c@x", nullptr), SUCCESS);
+    EXPECT_EQ(UpdateUser({"1003", "carol", pair.c_str(), "sky-hold", "c@x"}), SUCCESS);
     const std::string sent = requests().at(0);
     EXPECT_NE(
         sent.find("<P2PUserName><![CDATA[(null)]]></P2PUserName>\t\t\t<IsLocked>0</IsLocked> "), std::string::npos);
@@ -56,7 +59,7 @@ TEST_F(Routines, hashesWithoutCloudUserUnlock)
 TEST_F(Routines, authorityIsCut)
 {
     shell("printf '<owner>abcdefghijklmnopqrstuvwxyz0123456789</owner>' > " OWNER_FILE);
-    EXPECT_EQ(UpdateUser("1003", "carol", nullptr, nullptr, "", nullptr), SUCCESS);
+    EXPECT_EQ(UpdateUser({.user_id = "1003", .username = "carol", .email = ""}), SUCCESS);
     EXPECT_EQ(requests().at(0).rfind("Authorization: abcdefghijklmnopqrstuvwxyz01234\r\n<?xml", 0), 0U);
 }
 
@@ -71,7 +74,7 @@ TEST_F(Routines, nullArgumentsAreLoggedAndRefused)
     EXPECT_EQ(GetMXLErrorDetail(&text, nullptr), -1);
     EXPECT_EQ(GetUserIDByUsername(&text, nullptr), -1);
     EXPECT_EQ(GetUserData(&text, &text, nullptr, "x"), -1);
-    EXPECT_EQ(UpdateUser("1", "x", nullptr, nullptr, nullptr, nullptr), -1);
+    EXPECT_EQ(UpdateUser({.user_id = "1", .username = "x", .email = nullptr}), -1);
     EXPECT_EQ(DelNetwork(nullptr), -1);
     EXPECT_EQ(DelUser("x", nullptr, ANY_ACCOUNT), -1);
     EXPECT_EQ(AddUser("x", nullptr, nullptr, "User"), -1);

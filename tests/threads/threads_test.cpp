@@ -1,8 +1,8 @@
 // What a host may call on several threads at once; the preset tsan builds it with ThreadSanitizer.
+#include "common/device/accounts.h"
 #include "common/hash.h"
 #include "common/io.h"
 #include "liblst/liblst.h"
-#include "syscmd/daemon/query_user.h"
 
 #include <gtest/gtest.h>
 

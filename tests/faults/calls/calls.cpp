@@ -85,6 +85,17 @@ DECLARE(int, ioctl, (int fd, unsigned long request, ...))
 OBTAIN("opendir", DIR*, opendir, (const char* path), (path))
 CALL("readdir", int, readdir64_r, (DIR * directory, dirent64* entry, dirent64** found), (directory, entry, found),
     (*found = nullptr, EIO))
+DECLARE(int, scandirat64,
+    (int directory, const char* path, dirent64*** list, int (*filter)(const dirent64*),
+        int (*compare)(const dirent64**, const dirent64**)))
+{
+    if (strike("scandir") != 0) {
+        return -1;
+    }
+    const int count = __real_scandirat64(directory, path, list, filter, compare);
+    live += count >= 0 ? count + (*list != nullptr ? 1 : 0) : 0;
+    return count;
+}
 RELEASE("closedir", closedir, (DIR * directory), (directory), -1, 1)
 CALL("readdir", dirent64*, readdir64, (DIR * directory), (directory), nullptr)
 

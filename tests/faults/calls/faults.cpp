@@ -27,6 +27,7 @@ const std::vector<Kind> KINDS = {
     {"ioctl", {ENOTTY, EPERM, EIO}},
     {"opendir", {EMFILE, EACCES, ENOMEM}},
     {"readdir", {EIO}},
+    {"scandir", {ENOMEM, EACCES, EIO}},
     {"closedir", {EIO}},
     {"popen", {EMFILE, EAGAIN, ENOMEM}},
     {"pclose", {ECHILD, EINTR}},

@@ -1,0 +1,37 @@
+#include "common/log.h"
+#include "common/result.h"
+#include "syscmd/commands/command.h"
+#include "syscmd/daemon/add_user.h"
+#include "syscmd/daemon/delete_user.h"
+#include "syscmd/handler.h"
+
+void AddAccountHandler(ITransaction* pTx, std::string& response)
+{
+    if (pTx == nullptr) {
+        LOG_AT(1295, Error, "[syscmd:AddAccountHandler] invalid input arguments");
+        return;
+    }
+    std::string username;
+    std::string password_hash;
+    std::string email;
+    if (!readParameters(*pTx, {&username, &password_hash, &email})) {
+        LOG_AT(1325, Error, "ERROR [syscmd:AddAccountHandler]: AddUser %s\n", UNREAD);
+        return fail(*pTx, response, "Add User: ", UNREAD);
+    }
+    const std::string name = accountName(username);
+
+    // An earlier cloud account of that name gives way; whether one did, the addition shows.
+    DelUser(username.c_str(), username.c_str(), CLOUD_ACCOUNTS_ONLY);
+
+    const int result = AddUser(name.c_str(), password_hash.c_str(), email.c_str(), "User");
+    if (result != SUCCESS) {
+        LOG_AT(
+            1316, Error, "ERROR [syscmd:AddAccountHandler] :AddUser %s failed with code=%d\n",
+            username.c_str(), result
+        );
+        return fail(*pTx, response, "AddUser failed");
+    }
+    pTx->setCode(CODE_SUCCEED);
+    response = "success";
+    LOG_AT(1311, Debug, "[syscmd:AddAccountHandler] :AddUser %s success\n", username.c_str());
+}

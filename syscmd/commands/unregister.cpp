@@ -1,0 +1,25 @@
+#include "common/log.h"
+#include "common/result.h"
+#include "syscmd/commands/command.h"
+#include "syscmd/daemon/cloud_owner.h"
+#include "syscmd/handler.h"
+
+void UnregisterHandler(ITransaction* pTx, std::string& response)
+{
+    if (pTx == nullptr) {
+        LOG_AT(1367, Error, "[syscmd:UnregisterHandler] invalid input arguments");
+        return;
+    }
+
+    const int result = Unregister();
+    if (result != SUCCESS) {
+        fail(*pTx, response, "unregister operation failed");
+        LOG_AT(
+            1382, Error,
+            "ERROR [syscmd:UnregisterHandler]: Unregister operation failed with code=%d\n", result
+        );
+        return;
+    }
+    pTx->setCode(CODE_NOREPLY); // nobody is left to read a response: it stays as it was
+    LOG_AT(1375, Info, "[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
+}
