@@ -10,11 +10,12 @@ void AddRemoteUserHandler(ITransaction* pTx, std::string& response)
         LOG_AT(1334, Error, "[syscmd:AddRemoteUserHandler] invalid input arguments");
         return;
     }
-    std::string username;
-    if (!readParameters(*pTx, {&username})) {
+    std::string parameters[1];
+    if (!readParameters(*pTx, parameters)) {
         LOG_AT(1358, Error, "ERROR [syscmd:AddRemoteUserHandler]: AddRemoteUser %s\n", UNREAD);
         return fail(*pTx, response, "AddRemoteUser: ", UNREAD);
     }
+    auto& [username] = parameters;
 
     const int result = AddNetwork(username.c_str(), "");
     if (result != SUCCESS) {

@@ -11,13 +11,12 @@ void AddAccountHandler(ITransaction* pTx, std::string& response)
         LOG_AT(1295, Error, "[syscmd:AddAccountHandler] invalid input arguments");
         return;
     }
-    std::string username;
-    std::string password_hash;
-    std::string email;
-    if (!readParameters(*pTx, {&username, &password_hash, &email})) {
+    std::string parameters[3];
+    if (!readParameters(*pTx, parameters)) {
         LOG_AT(1325, Error, "ERROR [syscmd:AddAccountHandler]: AddUser %s\n", UNREAD);
         return fail(*pTx, response, "Add User: ", UNREAD);
     }
+    auto& [username, password_hash, email] = parameters;
     const std::string name = accountName(username);
 
     // An earlier cloud account of that name gives way; whether one did, the addition shows.

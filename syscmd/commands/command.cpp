@@ -2,11 +2,11 @@
 
 #include "common/account_name.h"
 
-bool readParameters(const ITransaction& tx, std::initializer_list<std::string*> values)
+bool readParameters(const ITransaction& tx, std::span<std::string> values)
 {
     int index = 0;
-    for (std::string* value : values) {
-        if (!tx.getRequestParam(++index, *value)) {
+    for (std::string& value : values) {
+        if (!tx.getRequestParam(++index, value)) {
             return false;
         }
     }

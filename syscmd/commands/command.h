@@ -4,7 +4,7 @@
 
 #include "common/transaction.h"
 
-#include <initializer_list>
+#include <span>
 #include <string>
 
 /** What the log says of a missing parameter, whatever the parameters of the operation are. */
@@ -16,7 +16,7 @@ inline constexpr char UNREAD[] = "error reading username/password/email params f
  * @param values  receive the parameters
  * @return whether all were there
  */
-bool readParameters(const ITransaction& tx, std::initializer_list<std::string*> values);
+bool readParameters(const ITransaction& tx, std::span<std::string> values);
 
 /** What an account name may hold of a text: its first MAX_USERNAME_LENGTH bytes. */
 std::string accountName(const std::string& text);

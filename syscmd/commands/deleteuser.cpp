@@ -10,13 +10,13 @@ void DeleteAccountHandler(ITransaction* pTx, std::string& response)
         LOG_AT(1391, Error, "[syscmd:DeleteAccountHandler] invalid input arguments");
         return;
     }
-    std::string username;
-    std::string p2pusername;
-    if (!readParameters(*pTx, {&username, &p2pusername})) {
+    std::string parameters[2];
+    if (!readParameters(*pTx, parameters)) {
         fail(*pTx, response, "Delete User: error reading username/password params from request");
         LOG_AT(1425, Error, "ERROR [syscmd:DeleteAccountHandler]: DeleteUser %s\n", UNREAD);
         return;
     }
+    auto& [username, p2pusername] = parameters;
 
     const int result = DelUser(accountName(username).c_str(), p2pusername.c_str(), ANY_ACCOUNT);
     if (result == SUCCESS) {

@@ -10,16 +10,15 @@ void InitLocalSessionHandler(ITransaction* pTx, std::string& response)
         LOG(Error, "[syscmd:InitLocalSessionHandler] invalid input arguments");
         return;
     }
-    std::string username;
-    std::string token;
-    std::string expires;
-    if (!readParameters(*pTx, {&username, &token, &expires})) {
+    std::string parameters[3];
+    if (!readParameters(*pTx, parameters)) {
         LOG(Error, "ERROR [syscmd:InitLocalSessionHandler]: %s\n", UNREAD);
         return fail(
             *pTx, response,
             "InitLocalSession: error reading username/token/sessionid/seed params from request"
         );
     }
+    auto& [username, token, expires] = parameters;
     username = accountName(username);
     const char* user = username.c_str();
     LOG(Info, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s", user);

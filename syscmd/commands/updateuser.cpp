@@ -70,14 +70,12 @@ void UpdateUserHandler(ITransaction* pTx, std::string& response)
     }
     pTx->setCode(CODE_SUCCEED); // stands, like the response, unless something fails
     response = "success";
-    std::string username;
-    std::string password_hash;
-    std::string email;
-    std::string p2pusername;
-    if (!readParameters(*pTx, {&username, &password_hash, &email, &p2pusername})) {
+    std::string parameters[4];
+    if (!readParameters(*pTx, parameters)) {
         LOG(Error, "ERROR [syscmd:UpdateUserHandler]: Update User: %s\n", UNREAD);
         return fail(*pTx, response, "Update User: ", UNREAD);
     }
+    auto& [username, password_hash, email, p2pusername] = parameters;
     username = accountName(username);
     const std::string new_username = accountName(email);
     const Rename rename = {

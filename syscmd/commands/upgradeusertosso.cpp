@@ -54,13 +54,12 @@ void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
         LOG_AT(1434, Error, "[syscmd:UpgradeUserToSSOHandler] invalid input arguments");
         return;
     }
-    std::string p2pusername;
-    std::string email;
-    std::string ssopassword;
-    if (!readParameters(*pTx, {&p2pusername, &email, &ssopassword})) {
+    std::string parameters[3];
+    if (!readParameters(*pTx, parameters)) {
         LOG_AT(1477, Error, "ERROR [syscmd:UpgradeUserToSSOHandler]: %s\n", UNREAD);
         return fail(*pTx, response, "UpgradeUserToSSO: ", UNREAD);
     }
+    auto& [p2pusername, email, ssopassword] = parameters;
     const std::string ssousername = accountName(email);
     const char* name = p2pusername.c_str();
     LOG_AT(1443, Info, "syscmd:UpgradeUserToSSOHandler %s %s", name, ssousername.c_str());
