@@ -63,6 +63,19 @@ TEST(Seed, TakesWhatShowPrintsAndBeginsAnew)
     EXPECT_EQ(call(add_user("zoe")).result, 0) << "orders are cleared";
 }
 
+TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
+{
+    constexpr std::size_t COUNT = 5000;
+    const Daemon daemon;
+    std::string request;
+    for (std::size_t i = 0; i < COUNT; ++i)
+        request += "<a>";
+    call(request);
+    const std::string text = daemon.run("transcript").output;
+    EXPECT_THAT(text, HasSubstr("\n<a>\n  <a>\n    <a>\n      <a>\n"));
+    EXPECT_LT(text.size(), COUNT * 80);
+}
+
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
     const std::string commands = ": there are serve, seed, show, transcript, order";
