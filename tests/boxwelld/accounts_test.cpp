@@ -197,3 +197,18 @@ TEST(Accounts, AFileThatCannotBeWrittenUndoesTheWholeTransaction)
     EXPECT_EQ(account(after, 1002)["name"], "bob");
     expect_in_step(daemon, after);
 }
+
+TEST(Accounts, ASectionWithoutItsEndIsNotRewritten)
+{
+    const std::string end = "# boxwelld: end\n";
+    for (const char* name : {"passwd", "group"}) {
+        const Daemon daemon;
+        std::string text = daemon.read(name);
+        text.erase(text.find(end), end.size()) += "eve:x:9:\n";
+        daemon.write(name, text);
+        const std::string detail = daemon.path(name) + ": the line \"# boxwelld: end\" is missing";
+        EXPECT_THAT(call(delete_user("1003")).reply, HasSubstr(detail));
+        EXPECT_EQ(daemon.read(name), text) << "eve is not the daemon's";
+        EXPECT_EQ(account(daemon.state(), 1003)["name"], "dave");
+    }
+}

@@ -132,15 +132,17 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
         {"seed /dev/null", "state passwd group"},
         {"serve", all},
     };
+    const Daemon daemon;
     for (const auto& [arguments, needed] : cases) {
         std::istringstream names(all);
         for (std::string name; names >> name;) {
             SCOPED_TRACE(arguments + (' ' + name));
-            const Daemon daemon;
             std::string variable = "BOXWELLD_" + name;
             std::transform(variable.begin(), variable.end(), variable.begin(), toupper);
+            const std::string value = getenv(variable.c_str());
             unsetenv(variable.c_str());
             const Outcome run = daemon.run(arguments);
+            setenv(variable.c_str(), value.c_str(), 1);
             const std::string refusal = "boxwelld: this is no device: devkit/device/device starts one, ./dev demo shows"
                                         " one at work; elsewhere --" +
                                         name + " must be given\n";
