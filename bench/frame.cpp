@@ -5,9 +5,23 @@
 #include <algorithm>
 #include <cstdio>
 
-bool Frame::wants(const std::string& name) const
+bool Frame::wants(const std::string& name)
 {
-    return name.find(options.name) != std::string::npos;
+    if (std::find(names.begin(), names.end(), name) == names.end()) {
+        names.push_back(name);
+    }
+    const bool wanted = name.find(options.name) != std::string::npos;
+    found = found || wanted;
+    return wanted;
+}
+
+void Frame::add(Row row)
+{
+    if (table.empty()) {
+        printHead();
+    }
+    print(row);
+    table.push_back(std::move(row));
 }
 
 void Frame::fail(const std::string& what)
@@ -21,15 +35,12 @@ void Frame::measure(const Case& about, const Batch& ours, const Batch& peer)
     const Spread spread = measureRatio(about, ours, peer);
     char remark[32];
     std::snprintf(remark, sizeof remark, "%.3g us", spread.seconds * 1e6);
-    table.push_back(
-        {about.name, about.against, spread.median, spread.low, spread.high, about.goal, remark}
-    );
-    print(table.back());
+    add({about.name, about.against, spread.median, spread.low, spread.high, about.goal, remark});
 }
 
 void Frame::grows(const std::string& name, std::size_t size, const Sized& make)
 {
-    constexpr double MOST = 5;
+    constexpr double MOST = 8;
     if (!options.check_only || !wants(name)) {
         return;
     }
@@ -47,8 +58,7 @@ void Frame::count(
     const double ratio = floor > 0 ? ours / floor : 1 + ours;
     char remark[64];
     std::snprintf(remark, sizeof remark, "%.0f of %.0f", ours, floor);
-    table.push_back({name, against, ratio, ratio, ratio, goal, remark});
-    print(table.back());
+    add({name, against, ratio, ratio, ratio, goal, remark});
     if (options.check_only && !meetsGoal(table.back())) {
         fail(name + ": more than " + against);
     }
@@ -56,6 +66,16 @@ void Frame::count(
 
 int Frame::finish() const
 {
+    constexpr int BAD_USE = 2;
+    if (!found) {
+        std::fprintf(
+            stderr, "bench: no case's name holds \"%s\"; there are\n", options.name.c_str()
+        );
+        for (const std::string& name : names) {
+            std::fprintf(stderr, "  %s\n", name.c_str());
+        }
+        return BAD_USE;
+    }
     if (!options.check_only) {
         printSummary(table);
     }

@@ -49,7 +49,7 @@ class Frame {
     explicit Frame(Options wanted) : options(std::move(wanted)) {}
 
     /** Whether a case is to run; cases ask before they make expensive inputs. */
-    bool wants(const std::string& name) const;
+    bool wants(const std::string& name);
     bool checksOnly() const { return options.check_only; }
 
     template<typename Ours, typename Peer> void compare(const Case& about, Ours ours, Peer peer)
@@ -72,7 +72,10 @@ class Frame {
         }
     }
 
-    /** Checks that four times the work takes at most five times as long, best of several. */
+    /**
+     * Checks that four times the work takes at most eight times as long, best of several: midway
+     * between what grows with its input and what grows with its square.
+     */
     void grows(const std::string& name, std::size_t size, const Sized& make);
 
     /** Notes a count beside the floor's; one that misses its goal is a failure where only such are
@@ -84,7 +87,8 @@ class Frame {
     /** Notes a failure, which ends the run with a status that is not 0. */
     void fail(const std::string& what);
 
-    /** Prints the table and returns the exit status. */
+    /** Prints how many goals were met, or which cases there are when none was wanted; the exit
+     * status. */
     int finish() const;
 
   private:
@@ -111,8 +115,11 @@ class Frame {
     }
 
     void measure(const Case& about, const Batch& ours, const Batch& peer);
+    void add(Row row);
 
     Options options;
+    std::vector<std::string> names; // of all cases, in their order
+    bool found = false;             // a case that is wanted
     Table table;
     int failures = 0;
 };

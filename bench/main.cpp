@@ -29,7 +29,6 @@ int main(int argc, char** argv)
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
 
     Frame frame(options);
-    printHead();
     benchHashes(frame);
     benchLog(frame);
     benchUserQuery(frame);

@@ -118,7 +118,7 @@ double measureGrowth(const std::function<void()>& small, const std::function<voi
     };
     double best_small = seconds(small);
     double best_large = seconds(large);
-    for (int i = 1; i < GROWTH_RUNS; ++i) {
+    for (int i = 1; i < GROWTH_RUNS; ++i) { // in turn: a disturbance meets both
         best_small = std::min(best_small, seconds(small));
         best_large = std::min(best_large, seconds(large));
     }

@@ -4,6 +4,8 @@
 set -uo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.." || exit
 
+JOBS=${JOBS:-$(nproc)}
+
 failed=0
 check() {
     local title=$1
@@ -28,11 +30,11 @@ check_scripts() { scripts | xargs shellcheck; }
 
 layout() { sources | xargs clang-format --dry-run --Werror; }
 
-warnings() { cmake --preset "$1" >/dev/null && cmake --build --preset "$1"; }
+warnings() { cmake --preset "$1" >/dev/null && cmake --build --preset "$1" --parallel "$JOBS"; }
 
 # What ships and the devkit; the tables of the tests cost it minutes and hold no logic.
 tidy() {
-    sources | grep -E '^(syscmd|common|liblst|devkit)/.*\.(cpp|c)$' | xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p build/clang \
+    sources | grep -E '^(syscmd|common|liblst|devkit)/.*\.(cpp|c)$' | xargs -P "$JOBS" -n 4 clang-tidy --quiet -p build/clang \
         --warnings-as-errors='*' 2> >(grep -vE 'warnings? (generated|treated)|^Suppressed|^Use -header' >&2)
 }
 
@@ -42,7 +44,7 @@ analyzer() {
     local flags
     flags=$(pkg-config --cflags glib-2.0 libsystemd)
     # shellcheck disable=SC2086 # one word a flag
-    sources | grep -E '^(syscmd|common|liblst)/.*\.cpp$' | xargs -P "$(nproc)" -I{} g++ -std=c++20 -D_GNU_SOURCE -I. \
+    sources | grep -E '^(syscmd|common|liblst)/.*\.cpp$' | xargs -P "$JOBS" -I{} g++ -std=c++20 -D_GNU_SOURCE -I. \
         $flags -O1 -fanalyzer -Wno-analyzer-malloc-leak -Werror -S -o /dev/null {}
 }
 

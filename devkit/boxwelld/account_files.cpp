@@ -18,7 +18,7 @@ struct Others {
     std::size_t section = 0;
 };
 
-Others split(std::string text)
+Others split(const std::string& path, std::string text)
 {
     const std::size_t begin = text.find(BEGIN);
     if (begin == std::string::npos) {
@@ -29,7 +29,10 @@ Others split(std::string text)
         return {std::move(text), end};
     }
     const std::size_t end = text.find(END, begin);
-    text.erase(begin, end == std::string::npos ? end : end + END.size() - begin);
+    if (end == std::string::npos) { // which lines are somebody else's, nobody knows
+        throw Refusal(path + ": the line \"" + one_line(std::string(END)) + "\" is missing");
+    }
+    text.erase(begin, end + END.size() - begin);
     return {std::move(text), begin};
 }
 
@@ -74,7 +77,7 @@ void rewrite_section(const std::string& path, std::string_view lines)
 {
     const Fd file = open_file(path, O_RDWR);
     const std::string before = read_all(file, path);
-    Others others = split(before);
+    Others others = split(path, before);
     if (!lines.empty()) {
         others.text.insert(others.section, std::string(BEGIN).append(lines).append(END));
     }
@@ -85,6 +88,6 @@ void rewrite_section(const std::string& path, std::string_view lines)
 
 bool is_taken(const std::string& path, const std::string& name)
 {
-    const std::string text = '\n' + split(read_text(path)).text;
+    const std::string text = '\n' + split(path, read_text(path)).text;
     return text.find('\n' + name + ':') != std::string::npos;
 }

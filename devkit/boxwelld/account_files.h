@@ -1,6 +1,7 @@
 /**
  * The daemon's sections of passwd and group. Each file holds at most one, between two comment
- * lines; every other line is somebody else's and stays as it is.
+ * lines; every other line is somebody else's and stays as it is. A section whose end is missing is
+ * a Refusal.
  */
 #pragma once
 

@@ -2,11 +2,13 @@
 
 #include "devkit/boxwelld/files.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace {
 
 constexpr std::string_view CDATA = "<![CDATA[";
+constexpr std::size_t DEEPEST_INDENT = 32; // levels; a text must not become long by its depth
 
 /** The end of the piece that begins at `at`: a tag, a CDATA section, or what lies between. */
 std::size_t end_of_piece(std::string_view text, std::size_t at)
@@ -36,7 +38,7 @@ std::string broken_at_tags(const std::string& text)
             --depth;
         }
         if (tag && (!closing || nested) && !lines.empty()) {
-            lines += '\n' + std::string(2 * depth, ' ');
+            lines += '\n' + std::string(2 * std::min(depth, DEEPEST_INDENT), ' ');
         }
         lines += piece;
         if (!tag) {

@@ -1,5 +1,6 @@
 #include "devkit/boxwelld/server.h"
 
+#include "devkit/boxwelld/client.h"
 #include "devkit/boxwelld/orders.h"
 #include "devkit/boxwelld/transactions.h"
 #include "devkit/boxwelld/transcript.h"
@@ -11,17 +12,17 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <list>
+#include <vector>
 
 namespace {
 
-struct FreeText {
-    void operator()(char* text) const { std::free(text); }
-};
-using Text = std::unique_ptr<char, FreeText>;
+/** Those beyond wait in the socket's queue. */
+constexpr std::size_t MOST_CLIENTS = 256;
 
 /** What a request comes to: a reply, none, or a connection that ends without an answer. */
 struct Outcome {
@@ -120,52 +121,105 @@ Outcome answer(Store& store, const Paths& paths, const std::string& request)
     return outcome;
 }
 
-void serve_client(Store& store, const Paths& paths, const Fd& client, int timeout_ms)
-{
-    char* bytes = nullptr;
-    std::uint32_t length = 0;
-    if (frame_receive(client.get(), &bytes, &length, frame_deadline(timeout_ms)) != 0) {
-        throw_errno("a request was not received");
+class Server {
+  public:
+    Server(const Paths& paths, int client_timeout_ms)
+        : paths_(paths), store_(paths), client_timeout_ms_(client_timeout_ms)
+    {
+        store_.change([] {}); // passwd and group may be others than they were
     }
-    const Text text(bytes);
-    if (!text) {
-        throw Refusal("a request was not received: it has no text");
+
+    void run()
+    {
+        const Listener listener(paths_.socket);
+        while (wait(listener)) {
+            auto ready = polled_.begin() + FIRST_CLIENT;
+            clients_.remove_if([&](Client& client) {
+                return !goes_on(client, (ready++)->revents != 0);
+            });
+            if (polled_[LISTENER].revents != 0) {
+                accept_from(listener);
+            }
+        }
     }
-    const Outcome outcome = answer(store, paths, std::string(text.get(), length));
-    if (!outcome.answered) {
-        return;
+
+  private:
+    enum {
+        SIGNALS,
+        LISTENER,
+        FIRST_CLIENT
+    };
+
+    /** Waits until there is something to do; false: to end. */
+    bool wait(const Listener& listener)
+    {
+        const bool room = clients_.size() < MOST_CLIENTS;
+        polled_ = {{signals_.get(), POLLIN, 0}, {room ? listener.get() : -1, POLLIN, 0}};
+        std::int64_t wake = INT64_MAX;
+        for (const Client& client : clients_) {
+            polled_.push_back({client.socket(), client.events(), 0});
+            wake = std::min(wake, client.deadline());
+        }
+        const std::int64_t left = std::clamp<std::int64_t>(wake - frame_deadline(0), 0, INT_MAX);
+        const int timeout = clients_.empty() ? -1 : static_cast<int>(left);
+        if (poll(polled_.data(), polled_.size(), timeout) < 0 && errno != EINTR) {
+            throw_errno("poll");
+        }
+        return polled_[SIGNALS].revents == 0;
     }
-    const char* reply = outcome.reply ? outcome.reply->data() : nullptr;
-    const auto reply_length = static_cast<std::uint32_t>(outcome.reply.value_or("").size());
-    if (frame_send(client.get(), reply, reply_length, frame_deadline(timeout_ms)) != 0) {
-        throw_errno("a reply was not sent");
+
+    void accept_from(const Listener& listener)
+    {
+        Fd client(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (client.get() >= 0) {
+            clients_.emplace_back(std::move(client), client_timeout_ms_);
+        }
     }
-}
+
+    /** Does what can be done for a client; whether it is to stay. */
+    bool goes_on(Client& client, bool ready)
+    {
+        try {
+            if (ready) {
+                return step(client);
+            }
+            if (frame_deadline(0) >= client.deadline()) {
+                client.give_up();
+            }
+            return true;
+        } catch (const std::exception& failure) { // this client's misfortune, not the daemon's
+            report(failure);
+            return false;
+        }
+    }
+
+    bool step(Client& client)
+    {
+        if (!client.is_answered()) {
+            const std::optional<std::string> request = client.receive();
+            if (!request) {
+                return true;
+            }
+            const Outcome outcome = answer(store_, paths_, *request);
+            if (!outcome.answered) {
+                return false;
+            }
+            client.answer(outcome.reply);
+        }
+        return !client.send();
+    }
+
+    Fd signals_ = end_signals();
+    Paths paths_;
+    Store store_;
+    int client_timeout_ms_;
+    std::list<Client> clients_;
+    std::vector<pollfd> polled_; // signals, the listener, then the clients in their order
+};
 
 } // namespace
 
 void serve(const Paths& paths, int client_timeout_ms)
 {
-    const Fd signals = end_signals();
-    Store store(paths);
-    store.change([] {}); // passwd and group may be others than they were
-    const Listener listener(paths.socket);
-    for (;;) {
-        pollfd ready[] = {{signals.get(), POLLIN, 0}, {listener.get(), POLLIN, 0}};
-        if (poll(ready, 2, -1) < 0 && errno != EINTR) {
-            throw_errno("poll");
-        }
-        if (ready[0].revents != 0) {
-            return;
-        }
-        const Fd client(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (client.get() < 0) {
-            continue;
-        }
-        try {
-            serve_client(store, paths, client, client_timeout_ms);
-        } catch (const std::exception& failure) { // this client's misfortune, not the daemon's
-            report(failure);
-        }
-    }
+    Server(paths, client_timeout_ms).run();
 }

@@ -2,6 +2,7 @@
 
 #include "devkit/boxwelld/account.h"
 #include "devkit/boxwelld/files.h"
+#include "devkit/boxwelld/limits.h"
 
 #include <libxml/parser.h>
 
@@ -20,13 +21,35 @@ std::string to_string(const xmlChar* text)
 }
 
 /** Keeps the first complaint: those that follow it are mostly its consequences. */
-void keep_first_error(void* parser, xmlErrorPtr error)
+void keep_first_error(std::string& first, const xmlError& error)
 {
-    auto* first = static_cast<std::string*>(static_cast<xmlParserCtxtPtr>(parser)->_private);
-    if (first->empty() && error->level >= XML_ERR_ERROR) {
-        *first = "line " + std::to_string(error->line) + ": " + one_line(error->message);
+    if (first.empty() && error.level >= XML_ERR_ERROR) {
+        const std::string line = "line " + std::to_string(error.line) + ": ";
+        first = (error.line > 0 ? line : "") + one_line(error.message);
     }
 }
+
+void keep_parser_error(void* parser, xmlErrorPtr error)
+{
+    keep_first_error(
+        *static_cast<std::string*>(static_cast<xmlParserCtxtPtr>(parser)->_private), *error
+    );
+}
+
+/** Has the errors that are no parser's, those of converting to UTF-8, kept too, not printed. */
+class OtherErrors {
+  public:
+    explicit OtherErrors(std::string& first) { xmlSetStructuredErrorFunc(&first, keep); }
+    OtherErrors(const OtherErrors&) = delete;
+    OtherErrors& operator=(const OtherErrors&) = delete;
+    ~OtherErrors() { xmlSetStructuredErrorFunc(nullptr, nullptr); }
+
+  private:
+    static void keep(void* first, xmlErrorPtr error)
+    {
+        keep_first_error(*static_cast<std::string*>(first), *error);
+    }
+};
 
 void refuse_document_type(void* parser, const xmlChar*, const xmlChar*, const xmlChar*)
 {
@@ -40,6 +63,7 @@ void refuse_document_type(void* parser, const xmlChar*, const xmlChar*, const xm
 
 Document parse_xml(std::string_view text)
 {
+    expect_within_limits(text);
     const std::unique_ptr<xmlParserCtxt, decltype(&xmlFreeParserCtxt)> parser(
         xmlNewParserCtxt(), &xmlFreeParserCtxt
     );
@@ -47,8 +71,9 @@ Document parse_xml(std::string_view text)
         throw std::bad_alloc();
     }
     std::string error;
+    const OtherErrors others(error);
     parser->_private = &error;
-    parser->sax->serror = keep_first_error;
+    parser->sax->serror = keep_parser_error;
     parser->sax->internalSubset = refuse_document_type;
     Document document(
         xmlCtxtReadMemory(

@@ -15,7 +15,7 @@
 
 using Document = std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)>;
 
-/** Parses without network; a document type, and so any entity of its own, is refused. */
+/** Parses within limits.h and without network; a document type, and so any entity, is refused. */
 Document parse_xml(std::string_view text);
 
 std::string name_of(const xmlNode* node);

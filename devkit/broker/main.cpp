@@ -1,11 +1,13 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/report.h"
+#include "devkit/on_device.h"
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <string_view>
+#include <cstring>
+#include <memory>
 
 namespace {
 
@@ -22,7 +24,9 @@ run     has the plug-in carry out one command; without --as it comes without cre
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 hash    prints a password's hash pair as the operations take it
 
-A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker.
+A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
+than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
+the machine that it finds.
 Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, 1 when one is not, 2 for bad use.
 )";
 
@@ -39,10 +43,19 @@ int exit_status(bool all_carried_out)
     return all_carried_out ? EXIT_CARRIED_OUT : EXIT_NOT_CARRIED_OUT;
 }
 
+/** The plug-in for commands. */
+Plugin load(const Options& options)
+{
+    if (options.plugin.empty() && !on_device()) {
+        throw BadUse(no_device("--plugin"));
+    }
+    return Plugin(options.plugin);
+}
+
 int run(const Words& words)
 {
     const Options options = parse_run(words);
-    const Answer answer = Plugin(options.plugin).run(options.command);
+    const Answer answer = load(options).run(options.command);
     print(options.json ? text_of(as_json(options.command, answer)) : for_people(answer));
     return exit_status(carried_out(answer));
 }
@@ -56,25 +69,30 @@ std::string only_argument(const Options& options, const char* what)
     return options.command.words.front();
 }
 
-std::string read_all(const std::string& path)
+std::string read_all(const std::string& path, const std::string& name)
 {
-    std::ifstream file;
-    if (path != "-") {
-        file.open(path);
-        if (!file) {
-            throw BadUse("cannot read " + path);
-        }
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(
+        path == "-" ? stdin : std::fopen(path.c_str(), "re"), std::fclose
+    );
+    std::string text;
+    std::array<char, 4096> chunk{};
+    std::size_t got = 0;
+    while (file && (got = std::fread(chunk.data(), 1, chunk.size(), file.get())) > 0) {
+        text.append(chunk.data(), got);
     }
-    std::istream& in = path == "-" ? std::cin : file;
-    return {std::istreambuf_iterator<char>(in), {}};
+    if (!file || std::ferror(file.get()) != 0) {
+        throw BadUse("cannot read " + name + ": " + std::strerror(errno));
+    }
+    return text;
 }
 
 int script(const Words& words)
 {
     const Options options = parse_options(words);
     const std::string path = only_argument(options, "file");
-    const auto lines = parse_script(read_all(path), path == "-" ? "standard input" : path);
-    const Plugin plugin(options.plugin);
+    const std::string name = path == "-" ? "standard input" : path;
+    const auto lines = parse_script(read_all(path, name), name);
+    const Plugin plugin = load(options);
     auto answers = nlohmann::ordered_json::array();
     bool all_carried_out = true;
     for (const ScriptLine& line : lines) {
@@ -100,8 +118,20 @@ int hash(const Words& words)
     return EXIT_CARRIED_OUT;
 }
 
+bool asks_for_help(const Words& words)
+{
+    return std::any_of(
+        words.begin(), std::find(words.begin(), words.end(), "--"),
+        [](const std::string& word) { return word == "--help" || word == "-h"; }
+    );
+}
+
 int dispatch(const std::string& command, const Words& words)
 {
+    if (asks_for_help({command}) || asks_for_help(words)) {
+        print(USAGE);
+        return 0;
+    }
     if (command == "run") {
         return run(words);
     }
@@ -111,14 +141,9 @@ int dispatch(const std::string& command, const Words& words)
     if (command == "hash") {
         return hash(words);
     }
-    if (command != "--help" && command != "-h") {
-        throw BadUse(
-            (command.empty() ? "which command?" : "unknown command " + command) +
-            " (see broker --help)"
-        );
-    }
-    print(USAGE);
-    return 0;
+    throw BadUse(
+        (command.empty() ? "which command?" : "unknown command " + command) + " (see broker --help)"
+    );
 }
 
 } // namespace

@@ -104,16 +104,28 @@ int frame_address(const char* path, sockaddr_un* address)
     return 0;
 }
 
+std::uint32_t frame_length(const char* head)
+{
+    std::uint32_t length = 0;
+    std::memcpy(&length, head, sizeof length);
+    return ntohl(length);
+}
+
+void frame_write_length(std::uint32_t length, char* head)
+{
+    const std::uint32_t ordered = htonl(length);
+    std::memcpy(head, &ordered, sizeof ordered);
+}
+
 int frame_send(int fd, const char* text, std::uint32_t length, std::int64_t deadline)
 {
     if (text != nullptr && length > FRAME_MAX_BYTES) {
         errno = EPROTO;
         return -1;
     }
-    const std::uint32_t head = htonl(text == nullptr ? FRAME_NO_REPLY : length);
-    char head_bytes[sizeof head];
-    std::memcpy(head_bytes, &head, sizeof head);
-    if (send_all(fd, head_bytes, sizeof head, deadline) != 0) {
+    char head[FRAME_HEAD_BYTES];
+    frame_write_length(text == nullptr ? FRAME_NO_REPLY : length, head);
+    if (send_all(fd, head, sizeof head, deadline) != 0) {
         return -1;
     }
     return text == nullptr ? 0 : send_all(fd, text, length, deadline);
@@ -121,13 +133,11 @@ int frame_send(int fd, const char* text, std::uint32_t length, std::int64_t dead
 
 int frame_receive(int fd, char** text, std::uint32_t* length, std::int64_t deadline)
 {
-    char head_bytes[sizeof(std::uint32_t)];
+    char head_bytes[FRAME_HEAD_BYTES];
     if (receive_all(fd, head_bytes, sizeof head_bytes, deadline) != 0) {
         return -1;
     }
-    std::uint32_t head = 0;
-    std::memcpy(&head, head_bytes, sizeof head);
-    head = ntohl(head);
+    const std::uint32_t head = frame_length(head_bytes);
     if (head == FRAME_NO_REPLY) {
         *text = nullptr;
         *length = 0;

@@ -18,6 +18,7 @@
 /** The longest text, in bytes: far above any reply, far below what harms the desk. */
 constexpr std::uint32_t FRAME_MAX_BYTES = 64U << 20U;
 constexpr std::uint32_t FRAME_NO_REPLY = UINT32_MAX;
+constexpr unsigned FRAME_HEAD_BYTES = 4;
 
 /** The daemon's socket where BOXWELLD_SOCKET does not name another. */
 #define BOXWELLD_DEFAULT_SOCKET "/run/boxwelld.sock"
@@ -27,6 +28,12 @@ std::int64_t frame_deadline(std::int64_t timeout_ms);
 
 /** Fills in the address of the socket at `path`; ENAMETOOLONG when it does not fit (107 bytes). */
 int frame_address(const char* path, sockaddr_un* address);
+
+/** The length that a frame's first FRAME_HEAD_BYTES bytes tell. */
+std::uint32_t frame_length(const char* head);
+
+/** Writes FRAME_HEAD_BYTES bytes. */
+void frame_write_length(std::uint32_t length, char* head);
 
 /** Sends a frame of `length` bytes, at most FRAME_MAX_BYTES; a null `text` says "no reply". */
 int frame_send(int fd, const char* text, std::uint32_t length, std::int64_t deadline);

@@ -49,6 +49,23 @@ void expect_in_step(const Daemon& daemon, const Json& state)
     EXPECT_EQ(account_files(daemon), expected);
 }
 
+/** Elements within each other, all of which have an attribute that looks like more. */
+std::string nested(int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += "<a b='</a>'>";
+    return text;
+}
+
+std::string attributes(int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += " a" + std::to_string(i) + "=\"=/>\"";
+    return text;
+}
+
 Json account(const Json& state, int id)
 {
     for (const Json& account : state["accounts"])
@@ -127,6 +144,15 @@ TEST(Accounts, RefusedRequestsTellWhyAndChangeNothing)
         {"Authorization: alice", "Malformed request: the authorization line has no end"},
         {add_bob.substr(0, add_bob.size() - 3), "Malformed request: line 1: "},
         {add_user("\xC3"), "Malformed request: line 1: Input is not proper UTF-8"},
+        {"<?xml version=\"1.0\" encoding=\"EUC-JP\"?><a>\xFF\xFF</a>", "[Malformed request: input conversion failed"},
+        {"<?xml version=\"1.0\" encoding=\"none\"?><a/>", "Malformed request: line 1: Unsupported encoding none"},
+        {mxl(nested(65)), "Too large a request: elements within each other, more than 64"},
+        {mxl(nested(62)), "Malformed request: "},
+        {mxl("<xs:add" + attributes(60000) + "/>"), "Too large a request: attributes of an element, more than 64"},
+        {mxl("<xs:add" + attributes(65) + "/>"), "Too large a request: attributes of an element, more than 64"},
+        {mxl("<xs:add" + attributes(64) + "/>"), "[add has no attribute id]"},
+        {add_user(std::string(1 << 20, 'x')), "Too large a request: bytes, more than 1048576"},
+        {add_user(std::string(1000000, 'x')), " is longer than 31 bytes"},
         {R"(<!DOCTYPE a [<!ENTITY b "c">]><a>&b;</a>)", "a document type is not accepted"},
         {"<a/>", "Unknown document a"},
         {mxl(""), "transaction must hold one operation"},
@@ -170,4 +196,19 @@ TEST(Accounts, AFileThatCannotBeWrittenUndoesTheWholeTransaction)
     const Json after = daemon.state();
     EXPECT_EQ(account(after, 1002)["name"], "bob");
     expect_in_step(daemon, after);
+}
+
+TEST(Accounts, ASectionWithoutItsEndIsNotRewritten)
+{
+    const std::string end = "# boxwelld: end\n";
+    for (const char* name : {"passwd", "group"}) {
+        const Daemon daemon;
+        std::string text = daemon.read(name);
+        text.erase(text.find(end), end.size()) += "eve:x:9:\n";
+        daemon.write(name, text);
+        const std::string detail = daemon.path(name) + ": the line \"# boxwelld: end\" is missing";
+        EXPECT_THAT(call(delete_user("1003")).reply, HasSubstr(detail));
+        EXPECT_EQ(daemon.read(name), text) << "eve is not the daemon's";
+        EXPECT_EQ(account(daemon.state(), 1003)["name"], "dave");
+    }
 }

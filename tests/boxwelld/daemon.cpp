@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -36,7 +37,7 @@ Answer call(std::string request)
     return answer;
 }
 
-Daemon::Daemon()
+Daemon::Daemon(int client_timeout_ms) : client_timeout_ms_(std::to_string(client_timeout_ms))
 {
     char name[] = "/tmp/boxwelld_test.XXXXXX";
     folder_ = mkdtemp(name);
@@ -59,7 +60,7 @@ void Daemon::seed() const
 Daemon::~Daemon()
 {
     if (process_ > 0) {
-        EXPECT_EQ(stop(SIGTERM), 0) << "the daemon did not end cleanly";
+        EXPECT_EQ(stop(SIGTERM), 0) << "the daemon did not end cleanly\n" << read("log");
         EXPECT_FALSE(std::filesystem::exists(path("socket")));
     }
     std::filesystem::remove_all(folder_);
@@ -70,7 +71,8 @@ void Daemon::start()
     std::filesystem::remove(path("socket"));
     process_ = fork();
     if (process_ == 0) {
-        execl(BOXWELLD, BOXWELLD, "serve", "--client-timeout", "300", nullptr);
+        if (freopen(path("log").c_str(), "a", stderr) != nullptr)
+            execl(BOXWELLD, BOXWELLD, "serve", "--client-timeout", client_timeout_ms_.c_str(), nullptr);
         _exit(127);
     }
     for (int tries = 0; tries < 500 && access(path("socket").c_str(), F_OK) != 0; ++tries)
@@ -83,6 +85,9 @@ int Daemon::stop(int signal)
     if (signal != 0)
         kill(process_, signal);
     EXPECT_EQ(waitpid(process_, &status, 0), process_);
+    std::istringstream lines(read("log"));
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_EQ(line.substr(0, 10), "boxwelld: ") << "somebody else's words: " << line;
     process_ = -1;
     return status;
 }

@@ -24,8 +24,8 @@ Answer call(std::string request);
 
 class Daemon {
   public:
-    /** Seeded and started. */
-    Daemon();
+    /** Seeded and started; it leaves a client that neither sends nor reads after so many milliseconds. */
+    explicit Daemon(int client_timeout_ms = 300);
     ~Daemon();
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
@@ -46,6 +46,7 @@ class Daemon {
 
   private:
     std::string folder_;
+    std::string client_timeout_ms_;
     pid_t process_ = -1;
 };
 

@@ -4,6 +4,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 
@@ -58,22 +63,101 @@ TEST(Seed, TakesWhatShowPrintsAndBeginsAnew)
     EXPECT_EQ(call(add_user("zoe")).result, 0) << "orders are cleared";
 }
 
+TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
+{
+    constexpr std::size_t COUNT = 5000;
+    const Daemon daemon;
+    std::string request;
+    for (std::size_t i = 0; i < COUNT; ++i)
+        request += "<a>";
+    call(request);
+    const std::string text = daemon.run("transcript").output;
+    EXPECT_THAT(text, HasSubstr("\n<a>\n  <a>\n    <a>\n      <a>\n"));
+    EXPECT_LT(text.size(), COUNT * 80);
+}
+
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
-    const Daemon daemon;
+    const std::string commands = ": there are serve, seed, show, transcript, order";
+    const std::string counts = " not in range 0 to 2147483647";
     const struct {
         const char* arguments;
         int status;
+        std::string complaint; // the end of it
     } cases[] = {
-        {"", 2}, {"frobnicate", 2}, {"seed", 2}, {"seed /nowhere", 1}, {"order maybe", 2}, {"order refuse", 2},
-        {"order fail text", 2}, {"order cut x", 2}, {"order cut 1 --skip -1", 2}, {"order reply @/nowhere", 1},
-        {"transcript --from x", 2}, {"show --state /proc/none", 1}, {"serve", 1}, // one is running
+        {"", 2, "which command?" + commands},
+        {"frobnicate", 2, "unknown command frobnicate" + commands},
+        {"--frobnicate", 2, "unknown option --frobnicate" + commands},
+        {"show all", 2, "The following argument was not expected: all"},
+        {"--state", 2, "--state: 1 required TEXT missing"},
+        {"seed", 2, "FILE is required"},
+        {"seed /nowhere", 1, "/nowhere: No such file or directory"},
+        {"order maybe", 2, "KIND: maybe not in {refuse,refuse-bare,reply,no-reply,cut,fail,die,clear}"},
+        {"order refuse", 2, "order refuse: needs a TEXT"},
+        {"order fail text", 2, "order fail: takes no TEXT"},
+        {"order cut x", 2, "order cut: needs a number of bytes"},
+        {"order cut 1 --skip -1", 2, "--skip: Value -1" + counts},
+        {"order fail --count x", 2, "--count: Value x" + counts},
+        {"order reply @/nowhere", 1, "/nowhere: No such file or directory"},
+        {"serve --client-timeout 0", 2, "--client-timeout: Value 0 not in range 1 to 2147483647"},
+        {"transcript --from -1", 2, "--from: Value -1 not in range 1 to 2147483647"},
+        {"transcript --from 0", 2, "--from: Value 0 not in range 1 to 2147483647"},
+        {"show --state /proc/none", 1, "/proc/none/state.db: No such file or directory"},
+        {"transcript --state /proc/none", 1, "/proc/none/state.db: No such file or directory"},
+        {"order clear --state /proc/none", 1, "/proc/none: No such file or directory"},
+        {"serve", 1, ": a daemon is running already"},
     };
-    for (const auto& [arguments, status] : cases) {
+    const Daemon daemon;
+    for (const auto& [arguments, status, complaint] : cases) {
         SCOPED_TRACE(arguments);
         const Outcome run = daemon.run(arguments);
         EXPECT_EQ(run.status, status);
         EXPECT_THAT(run.output, MatchesRegex("boxwelld: [^\n]+\n"));
+        EXPECT_THAT(run.output, EndsWith(complaint + '\n'));
     }
     EXPECT_THAT(daemon.run("show").output, HasSubstr("  1003    dave "));
+}
+
+/** Its own files would be the machine's. */
+TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
+{
+    const std::string all = "state passwd group socket";
+    const struct {
+        const char* arguments;
+        std::string needed;
+    } cases[] = {
+        {"show", "state"},
+        {"transcript", "state"},
+        {"order clear", "state passwd group"},
+        {"seed /dev/null", "state passwd group"},
+        {"serve", all},
+    };
+    const Daemon daemon;
+    for (const auto& [arguments, needed] : cases) {
+        std::istringstream names(all);
+        for (std::string name; names >> name;) {
+            SCOPED_TRACE(arguments + (' ' + name));
+            std::string variable = "BOXWELLD_" + name;
+            std::transform(variable.begin(), variable.end(), variable.begin(), toupper);
+            const std::string value = getenv(variable.c_str());
+            unsetenv(variable.c_str());
+            const Outcome run = daemon.run(arguments);
+            setenv(variable.c_str(), value.c_str(), 1);
+            const std::string refusal = "boxwelld: this is no device: devkit/device/device starts one, ./dev demo shows"
+                                        " one at work; elsewhere --" +
+                                        name + " must be given\n";
+            const bool is_needed = needed.find(name) != std::string::npos;
+            EXPECT_EQ(run.output == refusal, is_needed) << run.output;
+            EXPECT_EQ(run.status == 2, is_needed);
+        }
+    }
+}
+
+TEST(Commands, ThatReadMakeNothing)
+{
+    const Daemon daemon;
+    for (const char* command : {"show", "transcript"}) {
+        EXPECT_EQ(daemon.run(command + (" --state " + daemon.path("none"))).status, 1);
+        EXPECT_FALSE(std::filesystem::exists(daemon.path("none"))) << command;
+    }
 }

@@ -79,6 +79,9 @@ TEST(Script, WordsAreSplitAsAShellDoes)
     EXPECT_EQ(script[1].command.log_level, 0);
 }
 
+constexpr const char* NO_DEVICE = "broker: this is no device: devkit/device/device starts one, ./dev demo shows one"
+                                  " at work; elsewhere --plugin must be given\n";
+
 TEST(Broker, ExitStatusAndOutput)
 {
     const std::string told = " --plugin " TOLD_PLUGIN;
@@ -100,11 +103,18 @@ TEST(Broker, ExitStatusAndOutput)
         {"script -" + told, "answer 0 a\nanswer \"x", 2, "broker: standard input:2: "},
         {"script -" + told, "answer 0 a\n--as x", 2, "broker: standard input:2: "},
         {"script -" + told, "answer 0 --json", 2, "broker: standard input:1: "},
-        {"script /no/file" + told, "", 2, "broker: cannot read /no/file\n"},
+        {"script /no/file" + told, "", 2, "broker: cannot read /no/file: No such file or directory\n"},
+        {"script /" + told, "", 2, "broker: cannot read /: Is a directory\n"},
+        {"script - </" + told, "", 2, "broker: cannot read standard input: Is a directory\n"},
         {"run answer --plugin /no/plugin.so", "", 2, "broker: /no/plugin.so: "},
         {"hash x" + told, "", 2, "told_plugin.so exports no SMB_enc_passwd\n"},
         {"hash ''", "", 2, "broker: the plug-in makes no hash of this password\n"},
         {"hash a b", "", 2, "broker: expected one password"},
+        {"run answer 0", "", 2, NO_DEVICE},
+        {"script -", "answer 0", 2, NO_DEVICE},
+        {"run --help", "", 0, "usage: broker run OPERATION"},
+        {"script x -h", "", 0, "usage: broker run OPERATION"},
+        {"run answer 0" + told + " -- --help", "", 0, "CODE_SUCCEED, \"--help\""},
         {"", "", 2, "broker: which command?"},
         {"rum", "", 2, "broker: unknown command rum"},
     };

@@ -23,6 +23,7 @@ fill_tree() {
     install -m 755 "$files/boxwellinfo" "$files/event_push" "$tree/bin"
     [ "$DEVICE_LOG_FILE" = no ] || : >"$tree/log/shbroker.log"
     write_owner_file "$tree"
+    : >"$tree/run/.device" # what tells boxwelld and broker that they are on a device
 }
 
 # The owner file as a registration leaves it: one line without an end.

@@ -1,0 +1,44 @@
+/** One client of the daemon: a request, then its reply, in steps that never wait. */
+#pragma once
+
+#include "devkit/boxwelld/files.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+class Client {
+  public:
+    /** A client that has connected; each half of its exchange is to take `timeout_ms` at most. */
+    Client(Fd socket, int timeout_ms);
+
+    int socket() const { return socket_.get(); }
+    /** What poll() is to wait for, and until when, in milliseconds of the monotonic clock. */
+    short events() const;
+    std::int64_t deadline() const { return deadline_; }
+
+    /** The request, once all of it has come. Throws when none can come any more. */
+    std::optional<std::string> receive();
+
+    /** Takes the reply, or "done, without a reply", that send() is to send. */
+    void answer(const std::optional<std::string>& reply);
+    /** Whether the reply is being sent. */
+    bool is_answered() const { return answered_; }
+
+    /** Sends of the reply what can be sent now; whether all of it is. Throws when it cannot be. */
+    bool send();
+
+    /** Throws that the time is over. */
+    [[noreturn]] void give_up() const;
+
+  private:
+    const char* failure() const;
+    std::size_t missing() const;
+
+    Fd socket_;
+    int timeout_ms_;
+    std::int64_t deadline_;
+    bool answered_ = false;
+    std::string frame_; // what has come of the request's, or the reply's
+    std::size_t sent_ = 0;
+};
