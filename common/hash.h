@@ -40,15 +40,13 @@ void MD4_Final(unsigned char* result, MD4_CTX* ctx);
 
 /**
  * This thread's state of the C library's 48-bit generator: zero when the thread starts and never
- * seeded here, so that every thread draws the same sequence.
+ * seeded here, so that every thread draws the same sequence. Strict ISO C knows the type by name
+ * only.
  */
-#ifdef __cplusplus
-extern constinit thread_local struct drand48_data drand48_buf;
-#else
-extern _Thread_local struct drand48_data drand48_buf;
-#endif
+extern __thread struct drand48_data drand48_buf;
 
-/** The next value of this thread's generator, anywhere in the range of the type; see mrand48_r(3).
+/**
+ * The next value of this thread's generator, anywhere in the range of the type; see mrand48_r(3).
  */
 int32_t rndb_rand(void);
 

@@ -49,6 +49,8 @@ EXPORTED char** readConfig(const char* path)
 
 EXPORTED const char* getConfigValue(char** map, const char* key, const char* dval)
 {
+    const int error = errno;
     const char* value = getMapValue(map, key);
+    errno = error; // a map or key that is missing is no error here
     return value != nullptr ? value : dval;
 }

@@ -47,5 +47,5 @@ EXPORTED int writeToFileFormat(const int fd, const char* format, ...)
     if (text == nullptr || !writeAll(fd, text, std::strlen(text))) {
         return -1;
     }
-    return fsync(fd) == 0 ? 0 : -1;
+    return withoutInterruption([fd] { return fsync(fd); });
 }

@@ -12,7 +12,7 @@ char* formatText(const char* format, va_list arguments)
     if (format == nullptr) {
         return badArgument<char*>(nullptr);
     }
-    // Formatted once where it fits, as requests do; a longer text is measured that way.
+    // Where it fits, as most texts do, this formats once; a longer text is measured by it.
     char small[2048];
     va_list again;
     va_copy(again, arguments);

@@ -4,7 +4,7 @@
 #include <cstdarg>
 
 /**
- * Formats into a newly allocated string, sized exactly by a first measuring pass.
+ * Formats into a newly allocated string, sized exactly.
  *
  * @param format     the printf format; null is refused with EINVAL
  * @param arguments  what it formats; used up as by vsnprintf

@@ -25,8 +25,10 @@ template<typename T> bool growArray(T*& items, std::size_t& capacity, std::size_
     return true;
 }
 
-/** Gives back the room behind the first `size` elements, at least one; what cannot be shrunk stays
- * as it is. */
+/**
+ * Gives back the room behind the first `size` elements, of which there is at least one; an array
+ * that cannot be shrunk stays as it is.
+ */
 template<typename T> void shrinkArray(T*& items, std::size_t size)
 {
     T* exact = static_cast<T*>(std::realloc(items, size * sizeof(T)));

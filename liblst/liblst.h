@@ -73,7 +73,7 @@ char** lstEgrep(const char** lst, const char* regexp);
  * Lists the names in a directory in the order in which it yields them, without "." and "..".
  *
  * @return a new list; null, without an error, for an empty directory; null with the reason of
- *         opendir(3) or readdir_r(3) when it cannot be read
+ *         opendir(3) or readdir(3) when it cannot be read
  */
 char** lstReadDir(const char* path);
 
@@ -146,9 +146,9 @@ char* String(const char* format, ...) LIBLST_PRINTF(1, 2);
 char* Strdup(const char* str);
 
 /* ---- Files ---------------------------------------------------------------------------------
- * Calls that a signal interrupts (EINTR) are made again, with errno restored. So are reads of whole
- * files and writes that a non-blocking descriptor refuses (EAGAIN), once it is ready. Descriptors
- * that come in as arguments stay open.
+ * Calls that a signal interrupts (EINTR) are made again, with errno restored; but for close(2),
+ * which has closed all the same. So are reads of whole files and writes that a non-blocking
+ * descriptor refuses (EAGAIN), once it is ready. Descriptors that come in as arguments stay open.
  */
 
 /**
@@ -223,8 +223,11 @@ char* ptGetFileRowFormat(const char* format, ...) LIBLST_PRINTF(1, 2);
  */
 char** readConfig(const char* path);
 
-/** The first value of `key`, a pointer into the map; `dval` when map or key is null or it is
- * absent.
+/**
+ * Looks a setting up.
+ *
+ * @return the first value of `key`, a pointer into the map; `dval`, without an error, when map or
+ *         key is null, the map's size odd, or the key absent
  */
 const char* getConfigValue(char** map, const char* key, const char* dval);
 

@@ -5,6 +5,7 @@
 #include "liblst/grow.h"
 #include "liblst/liblst.h"
 #include "liblst/owned.h"
+#include "liblst/retry.h"
 
 #include <fcntl.h>
 
@@ -47,13 +48,8 @@ bool reserveChunk()
 /** Appends a chunk to the pending text, for which there is room; returns what read() does. */
 ssize_t readChunk(int fd)
 {
-    const int error = errno;
     char* chunk = pending.text + pending.end;
-    ssize_t got = 0;
-    do {
-        errno = error;
-        got = read(fd, chunk, CHUNK);
-    } while (got < 0 && errno == EINTR);
+    const ssize_t got = withoutInterruption([=] { return read(fd, chunk, CHUNK); });
     if (got > 0) { // a chunk is a C string: what stands behind a NUL is no text
         pending.end += strnlen(chunk, static_cast<std::size_t>(got));
     }
@@ -166,7 +162,8 @@ EXPORTED char* ptGetFileRowFormat(const char* format, ...)
     if (path == nullptr) {
         return nullptr;
     }
-    AUTO_CLOSE_FD const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    AUTO_CLOSE_FD const int fd =
+        withoutInterruption([path] { return open(path, O_RDONLY | O_CLOEXEC); });
     if (fd < 0) {
         return nullptr;
     }

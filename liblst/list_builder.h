@@ -23,8 +23,12 @@ struct ListBuilder {
     std::size_t capacity;
 };
 
-/** Appends a copy of `length` bytes of text; false, and the list unchanged, with ENOMEM. Inline for
- * the sake of splitting, which does little else. */
+/**
+ * Appends a copy of `length` bytes of text. Inline for the sake of splitting, which does little
+ * else.
+ *
+ * @return false, with ENOMEM and the list as it was, when memory runs out
+ */
 inline bool appendCopy(ListBuilder& list, const char* text, std::size_t length)
 {
     constexpr std::size_t FIRST_CAPACITY = 16;

@@ -2,6 +2,7 @@
 #include "liblst/failure.h"
 #include "liblst/liblst.h"
 #include "liblst/owned.h"
+#include "liblst/retry.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -21,7 +22,9 @@ EXPORTED int lockF(const char* name)
     if (path == nullptr) {
         return -1;
     }
-    AUTO_CLOSE_FD int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    AUTO_CLOSE_FD int fd = withoutInterruption([path] {
+        return open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    });
     if (fd < 0) {
         return -1;
     }

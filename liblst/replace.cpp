@@ -6,12 +6,52 @@
 #include "liblst/owned.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
 // A short piece is copied as a block of this size: a call for each takes longer than finding it.
 constexpr std::size_t BLOCK = 16;
+// Letters that are compared in vain for each one passed, before a search is left to memmem().
+constexpr std::size_t MOST_IN_VAIN = 8;
+
+std::size_t distance(const char* from, const char* to)
+{
+    return static_cast<std::size_t>(to - from);
+}
+
+/** A text that is looked through from left to right, and what is looked for, which is not empty. */
+struct Search {
+    const char* begin;
+    const char* end;
+    const char* wanted;
+    std::size_t length;
+    std::size_t in_vain; // letters that were compared, at most
+};
+
+/**
+ * The first match from `from` on, or null. Quicker than memmem() where matches are dense, and where
+ * too much is compared in vain left to it: its time is linear, whatever the texts are.
+ */
+const char* findNext(Search& search, const char* from)
+{
+    for (; distance(from, search.end) >= search.length; ++from) {
+        if (*from != *search.wanted) {
+            const std::size_t places = distance(from, search.end) - search.length + 1;
+            from = static_cast<const char*>(std::memchr(from, *search.wanted, places));
+        }
+        if (from == nullptr || std::memcmp(from, search.wanted, search.length) == 0) {
+            return from;
+        }
+        search.in_vain += search.length;
+        if (search.in_vain / MOST_IN_VAIN > distance(search.begin, from) + BLOCK) {
+            const std::size_t rest = distance(from, search.end);
+            return static_cast<const char*>(memmem(from, rest, search.wanted, search.length));
+        }
+    }
+    return nullptr;
+}
 
 /** The text in the making, with room for a block behind what it needs. */
 struct Result {
@@ -25,12 +65,30 @@ void releaseResult(const Result* result)
     std::free(result->text);
 }
 
-/** Makes room for `length` more bytes, and the block behind them; false with ENOMEM. */
-bool reserve(Result& result, std::size_t length)
+bool allocate(Result& result, std::size_t capacity)
 {
-    const std::size_t needed = result.length + length + BLOCK;
-    return (result.text != nullptr && needed <= result.capacity) ||
-           growArray(result.text, result.capacity, needed);
+    char* text = static_cast<char*>(std::realloc(result.text, capacity));
+    if (text == nullptr) {
+        return false;
+    }
+    result.text = text;
+    result.capacity = capacity;
+    return true;
+}
+
+/**
+ * What to allocate beyond `needed`, so that allocations are few: what `rest` bytes more grow by if
+ * they do so like the first `taken`, which made `made`, and an eighth; up to twice as much in all.
+ */
+std::size_t spare(std::size_t needed, std::size_t made, std::size_t taken, std::size_t rest)
+{
+    if (made <= taken) {
+        return 0;
+    }
+    const double growth = static_cast<double>(made - taken) / static_cast<double>(taken);
+    const double expected = growth * static_cast<double>(rest) + static_cast<double>(needed / 8);
+    const std::size_t most = std::min(needed, SIZE_MAX - needed);
+    return expected < static_cast<double>(most) ? static_cast<std::size_t>(expected) : most;
 }
 
 /** Appends a piece, for which there is room; from its begin on `readable` bytes may be read. */
@@ -40,19 +98,6 @@ void append(Result& result, const char* piece, std::size_t length, std::size_t r
     char* to = result.text + result.length;
     as_block ? std::memcpy(to, piece, BLOCK) : std::memcpy(to, piece, length);
     result.length += length;
-}
-
-/** The first `search` in [string, end), or null; quicker than strstr() where matches are dense. */
-const char* findNext(const char* string, const char* end, const char* search, std::size_t length)
-{
-    for (;; ++string) {
-        string = static_cast<const char*>(
-            std::memchr(string, *search, static_cast<std::size_t>(end - string))
-        );
-        if (string == nullptr || std::strncmp(string, search, length) == 0) {
-            return string;
-        }
-    }
 }
 
 } // namespace
@@ -65,9 +110,9 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
     if (*search == '\0') {
         return String("%s%s", string, replace);
     }
-    const std::size_t search_length = std::strlen(search);
-    const std::size_t replace_length = std::strlen(replace);
     const char* const end = string + std::strlen(string);
+    Search matches = {string, end, search, std::strlen(search), 0};
+    const std::size_t replace_length = std::strlen(replace);
     char block[BLOCK] = {};
     if (replace_length <= BLOCK) {
         replace = std::copy_n(replace, replace_length, block) - replace_length;
@@ -75,23 +120,27 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
 
     __attribute__((cleanup(releaseResult))) Result result = {};
     const char* from = string;
-    while (const char* match = findNext(from, end, search, search_length)) {
+    while (const char* match = findNext(matches, from)) {
+        const std::size_t gap = distance(from, match);
+        const std::size_t rest = distance(from, end);
         // With all that follows, so that the result grows only where it gets longer.
-        if (!reserve(result, static_cast<std::size_t>(end - from) + replace_length)) {
-            return nullptr;
+        const std::size_t needed = result.length + rest + replace_length + BLOCK;
+        if (needed > result.capacity) {
+            const std::size_t made = result.length + gap + replace_length;
+            const std::size_t taken = distance(string, match) + matches.length;
+            if (!allocate(result, needed + spare(needed, made, taken, rest))) {
+                return nullptr;
+            }
         }
-        append(
-            result, from, static_cast<std::size_t>(match - from),
-            static_cast<std::size_t>(end - from)
-        );
+        append(result, from, gap, rest);
         append(result, replace, replace_length, BLOCK);
-        from = match + search_length;
+        from = match + matches.length;
     }
-    const std::size_t rest = static_cast<std::size_t>(end - from);
-    if (!reserve(result, rest + 1)) {
-        return nullptr; // GCOV_EXCL_LINE: no memory for the rest alone
+    const std::size_t rest = distance(from, end) + 1;
+    if (result.text == nullptr && !allocate(result, rest)) {
+        return nullptr;
     }
-    append(result, from, rest + 1, 0);
+    append(result, from, rest, 0);
     shrinkArray(result.text, result.length);
     return take(result.text);
 }

@@ -1,9 +1,37 @@
-/** What a failed read or write means: to be tried again, or an error. */
+/** What a failed call means: to be made again, or an error. */
 #pragma once
 
 #include <poll.h>
+#include <sys/types.h>
 
 #include <cerrno>
+
+inline bool isFailure(ssize_t result)
+{
+    return result == -1;
+}
+inline bool isFailure(const void* result)
+{
+    return result == nullptr;
+}
+
+/**
+ * Makes a call, and again for as long as a signal interrupts it (EINTR), with errno as it was.
+ *
+ * @param call  returns -1 or null when it fails, with the reason in errno
+ * @return the call's result
+ */
+template<typename Call> auto withoutInterruption(const Call& call)
+{
+    const int error = errno;
+    for (;;) {
+        const auto result = call();
+        if (!isFailure(result) || errno != EINTR) {
+            return result;
+        }
+        errno = error;
+    }
+}
 
 /**
  * Tells after a call on `fd` failed whether it is to be tried again: after EINTR at once, after

@@ -12,20 +12,16 @@
 
 namespace {
 
-constexpr std::size_t FIRST_CHUNK = 2048;
+// How much is read at once where no size is known.
+constexpr std::size_t CHUNK = 2048;
 // A size that a file system reports costs at most this much memory before a byte has been read.
-constexpr std::size_t LARGEST_HINT = std::size_t{64} << 20;
+constexpr off_t LARGEST_HINT = off_t{64} << 20;
 
 /** The size of a regular file, 0 when there is none to know. */
-std::size_t sizeOf(int fd)
+off_t sizeOf(int fd)
 {
     struct stat status = {};
-    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size <= 0) {
-        return 0;
-    }
-    return static_cast<std::size_t>(
-        std::min<decltype(status.st_size)>(status.st_size, std::size_t{LARGEST_HINT})
-    );
+    return fstat(fd, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
 }
 
 /** read(), tried again after EINTR and EAGAIN. */
@@ -44,16 +40,18 @@ ssize_t readPatiently(int fd, char* to, std::size_t size)
 
 char* readToEnd(int fd, OnReadError on_error)
 {
-    const std::size_t hint = sizeOf(fd);
+    const off_t size = sizeOf(fd);
+    const std::size_t hint = static_cast<std::size_t>(std::min(size, LARGEST_HINT));
     // One byte for the NUL, one more so that the read of a whole file comes back short.
-    std::size_t capacity = (hint != 0 ? hint : FIRST_CHUNK) + 2;
+    std::size_t capacity = hint != 0 ? hint + 2 : CHUNK + 1;
     std::size_t length = 0;
     AUTO_FREE char* text = static_cast<char*>(std::malloc(capacity));
     if (text == nullptr) {
         return nullptr;
     }
     for (;;) {
-        const ssize_t got = readPatiently(fd, text + length, capacity - length - 1);
+        const std::size_t room = capacity - length - 1;
+        const ssize_t got = readPatiently(fd, text + length, hint != 0 ? room : CHUNK);
         if (got < 0 && on_error == OnReadError::Release) {
             return nullptr;
         }
@@ -61,10 +59,11 @@ char* readToEnd(int fd, OnReadError on_error)
             break;
         }
         length += static_cast<std::size_t>(got);
-        if (length == hint && length < capacity - 1) {
+        if (static_cast<off_t>(length) == size && length < capacity - 1) {
             break; // a short read that ends where the regular file ends: no need to ask again
         }
-        if (length == capacity - 1 && !growArray(text, capacity, FIRST_CHUNK)) {
+        const std::size_t next = hint != 0 ? 1 : CHUNK;
+        if (capacity - length <= next && !growArray(text, capacity, capacity + CHUNK)) {
             return nullptr; // GCOV_EXCL_LINE: no memory for a growing file
         }
     }
@@ -80,7 +79,7 @@ char* readToEnd(int fd, OnReadError on_error)
 
 int readFile(char** content, const char* path, OnReadError on_error)
 {
-    AUTO_CLOSE_FD int fd = open(path, O_RDONLY | O_CLOEXEC);
+    AUTO_CLOSE_FD int fd = withoutInterruption([path] { return open(path, O_RDONLY | O_CLOEXEC); });
     if (fd < 0) {
         return -1;
     }

@@ -14,6 +14,7 @@ enum class OnReadError {
 /**
  * Reads `fd` from its position to its end. A regular file's size is taken as a hint of what to
  * allocate, never as the truth, so that pipes, growing files and files of /proc are read whole too.
+ * What has no size is read in chunks of 2048 bytes.
  *
  * A read that was interrupted or refused for now (EINTR, EAGAIN) is tried again and leaves no
  * trace in errno; while it is refused the caller sleeps until there is something to read.

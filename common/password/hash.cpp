@@ -9,7 +9,7 @@
 #include <cstring>
 
 extern "C" {
-EXPORTED constinit thread_local drand48_data drand48_buf = {};
+EXPORTED __thread drand48_data drand48_buf = {};
 }
 
 namespace {

@@ -13,9 +13,9 @@ check() { # WHAT EXPECTED ACTUAL
 work=$(mktemp -d /tmp/dev.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit
-mkdir tools packaging
+mkdir tools tools
 cp "$repository"/{dev,CMakePresets.json} .
-cp "$repository"/packaging/{lint.sh,debian-packages.txt} packaging
+cp "$repository"/tools/{lint.sh,debian-packages.txt} tools
 
 stand_in() { # NAME SHELL-TEXT
     printf '#!/bin/bash\n%s\n' "$2" >"tools/$1"

@@ -70,7 +70,7 @@ TEST(Host, EveryThreadHasAGeneratorOfItsOwn)
         std::thread([&state] {
             drand48_data generator = {};
             state = fromPlugin<drand48_data>("drand48_buf");
-            for (int i = 0; i < 3; ++i) {
+            for (int i = 0; i < 50; ++i) {
                 long value = 0;
                 mrand48_r(&generator, &value);
                 EXPECT_EQ(fromPlugin<std::int32_t()>("rndb_rand")(), value);

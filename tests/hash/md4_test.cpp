@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -65,44 +67,58 @@ TEST(Md4, PublishedVectors) // RFC 1320, A.5
     }
 }
 
+// Every size around the ends of four blocks, in pieces of every size, and in two of every size.
 TEST(Md4, AgreesWithNettleInPiecesOfAnySize)
 {
     std::minstd_rand random(1);
     std::string text;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 260; ++i) {
         md4_ctx ctx;
         Digest expected;
         md4_init(&ctx);
         md4_update(&ctx, text.size(), reinterpret_cast<const unsigned char*>(text.data()));
         md4_digest(&ctx, expected.size(), expected.data());
-        EXPECT_EQ(md4(text, [&] { return random() % 150; }), expected) << text.size();
+        for (std::size_t piece = 1; piece <= text.size() + 1; ++piece) {
+            std::size_t next = piece;
+            ASSERT_EQ(md4(text, [&] { return piece; }), expected) << text.size() << ' ' << piece;
+            ASSERT_EQ(md4(text, [&] { return std::exchange(next, 1000); }), expected) << text.size() << ' ' << piece;
+        }
         text += static_cast<char>(random());
     }
 }
 
 TEST(Md4, CountsAndClears)
 {
-    MD4_CTX ctx = {};
-    MD4_Init(&ctx);
-    EXPECT_EQ(ctx.a, 0x67452301U);
-    EXPECT_EQ(ctx.d, 0x10325476U);
-    ctx.lo = 0x1fffffff; // as many bytes as it holds; the last 63 of them are pending
-    md4_ctx other = {};
-    md4_init(&other);
-    other.count = 0x1fffffff / 64;
-    other.index = 63;
+    MD4_CTX fresh = {};
+    MD4_Init(&fresh);
+    EXPECT_EQ(fresh.a, 0x67452301U);
+    EXPECT_EQ(fresh.d, 0x10325476U);
+    // As many bytes as the low part holds have been absorbed; the last 63 of them are pending.
+    const struct {
+        MD4_u32plus hi, hi_after;
+    } cases[] = {{0, 1}, {7, 8}, {0xffffffff, 0}};
+    for (const auto& row : cases) {
+        MD4_CTX ctx = fresh;
+        ctx.lo = 0x1fffffff;
+        ctx.hi = row.hi;
+        md4_ctx other = {};
+        md4_init(&other);
+        other.count = ((std::uint64_t{row.hi} << 29) + 0x1fffffff) / 64;
+        other.index = 63;
 
-    MD4_Update(&ctx, "secret", 6);
-    EXPECT_EQ(ctx.lo, 5U);
-    EXPECT_EQ(ctx.hi, 1U);
-    Digest digest;
-    MD4_Final(digest.data(), &ctx);
-    md4_update(&other, 6, reinterpret_cast<const unsigned char*>("secret"));
-    Digest expected;
-    md4_digest(&other, expected.size(), expected.data());
-    EXPECT_EQ(digest, expected);
-    const MD4_CTX cleared = {};
-    EXPECT_EQ(std::memcmp(&ctx, &cleared, sizeof ctx), 0);
+        MD4_Update(&ctx, "secret", 6);
+        EXPECT_EQ(ctx.lo, 5U);
+        EXPECT_EQ(ctx.hi, row.hi_after);
+        MD4_Update(&ctx, nullptr, 0);
+        Digest digest;
+        MD4_Final(digest.data(), &ctx);
+        md4_update(&other, 6, reinterpret_cast<const unsigned char*>("secret"));
+        Digest expected;
+        md4_digest(&other, expected.size(), expected.data());
+        EXPECT_EQ(digest, expected) << row.hi;
+        const MD4_CTX cleared = {};
+        EXPECT_EQ(std::memcmp(&ctx, &cleared, sizeof ctx), 0);
+    }
 }
 
 } // namespace

@@ -4,10 +4,11 @@
 #include <crypt.h>
 #include <gtest/gtest.h>
 #include <nettle/md4.h>
+#include <pthread.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -58,37 +59,37 @@ TEST(Hashes, NeedAPassword)
     EXPECT_EQ(errno, ERANGE);
 }
 
-/** The next salt of an unseeded generator. */
-std::string nextSalt(drand48_data* generator)
-{
-    std::string salt = "$1$";
-    for (int draw = 0; draw < 2; ++draw) {
-        long value = 0;
-        mrand48_r(generator, &value);
-        for (int shift = 0; shift < 24; shift += 6) {
-            salt +=
-                "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789./"[static_cast<unsigned long>(value) >>
-                                                                                       shift &
-                                                                                   63];
-        }
-    }
-    return salt + "$";
-}
-
+// By another implementation, with salts of the generator's first values: 0, 4232237, 178803790, ...
 TEST(SystemHash, IsMd5CryptWithTheThreadsSalts)
 {
     for (int i = 0; i < 2; ++i) { // the second thread repeats the first one's salts
         std::thread([] {
-            drand48_data generator = {};
-            const auto work = std::make_unique<crypt_data>();
-            for (const char* password : {"secret", "secret", "\xc3\xa4"}) {
-                const std::string salt = nextSalt(&generator);
-                const std::string hash = text(SYS_enc_passwd(password));
-                EXPECT_EQ(hash, crypt_r(password, salt.c_str(), work.get()));
-                EXPECT_EQ(hash.size(), salt.size() + 22);
-            }
+            EXPECT_EQ(text(SYS_enc_passwd("secret")), "$1$aaaaTqjq$MYN5eYTjfgolInouJ4RbQ0");
+            EXPECT_EQ(text(SYS_enc_passwd("secret")), "$1$orfQepho$TDjh067HUtgwbwMLwrbbD/");
+            EXPECT_EQ(text(SYS_enc_passwd("\xc3\xa4")), "$1$SkPvOfxy$c.BMGKaB.ztBKevUbGF3c/");
+            EXPECT_EQ(SYS_enc_passwd(""), nullptr); // and draws no salt
+            EXPECT_EQ(text(SYS_enc_passwd(std::string(100, 'x').c_str())), "$1$sgnOAsKU$mBuHZqB/vkwilKtCyjl8E.");
         }).join();
     }
+}
+
+TEST(SmbHash, LeavesNoPasswordOnTheStack)
+{
+    std::vector<char> stack(1 << 20);
+    pthread_attr_t attributes;
+    pthread_t thread;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstack(&attributes, stack.data(), stack.size());
+    const auto hash = [](void*) -> void* {
+        return SMB_enc_passwd("secret");
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, hash, nullptr), 0);
+    void* result = nullptr;
+    pthread_join(thread, &result);
+    pthread_attr_destroy(&attributes);
+    EXPECT_EQ(text(static_cast<char*>(result)), ntHash("secret"));
+    const std::string wide("s\0e\0c\0r\0", 8);
+    EXPECT_EQ(std::search(stack.begin(), stack.end(), wide.begin(), wide.end()), stack.end());
 }
 
 } // namespace

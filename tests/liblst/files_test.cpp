@@ -1,13 +1,18 @@
 #include "liblst/whole_file.h"
+#include "tests/liblst/calls.h"
 #include "tests/liblst/support.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
+#include <memory>
 #include <thread>
 
 namespace {
@@ -56,6 +61,51 @@ TEST(Files, AreReadWhole)
     char* unsized = nullptr;
     EXPECT_EQ(getFileContentFormat(&unsized, "/proc/%d/status", getpid()), 0);
     EXPECT_NE(text(unsized).find("ctxt_switches"), std::string::npos); // near its end
+}
+
+// The result ends at the size that the file system reports only if a read says so.
+TEST(Files, LargerThanTheFirstAllocationAreReadToTheirEnd)
+{
+    constexpr off_t SIZE = off_t{65} << 20;
+    const TempFile file("");
+    ASSERT_EQ(pwrite(file.fd, "end", 3, SIZE - 3), 3);
+    const Instead short_reads(on_read,
+        [](int fd, void* to, std::size_t size) { return __real_read(fd, to, std::min<std::size_t>(size, 1 << 20)); });
+    const std::unique_ptr<char, decltype(&std::free)> whole(ptGetFileContent(file.fd), std::free);
+    ASSERT_EQ(lseek(file.fd, 0, SEEK_CUR), SIZE);
+    EXPECT_STREQ(whole.get() + SIZE - 3, "end");
+}
+
+// Each read of such a socket takes one message and loses what it has no room for.
+TEST(Files, OfUnknownSizeAreReadInChunks)
+{
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
+    std::string expected;
+    for (char letter = 'a'; letter < 'g'; ++letter) {
+        const std::string message(3000, letter);
+        ASSERT_EQ(write(ends[1], message.data(), message.size()), 3000);
+        expected += message.substr(0, 2048);
+    }
+    close(ends[1]);
+    EXPECT_EQ(text(ptGetFileContent(ends[0])), expected);
+    close(ends[0]);
+}
+
+TEST(Files, AreClosedInOtherPrograms)
+{
+    const TempFile file("line");
+    std::vector<int> flags;
+    const Instead looked_at(on_read, [&](int fd, void* to, std::size_t size) {
+        flags.push_back(fcntl(fd, F_GETFD));
+        return __real_read(fd, to, size);
+    });
+    char* content = nullptr;
+    EXPECT_EQ(getFileContentFormat(&content, "%s", file.path), 0);
+    EXPECT_EQ(text(content) + text(ptGetFileRowFormat("%s", file.path)), "lineline");
+    EXPECT_EQ(flags, std::vector<int>(3, FD_CLOEXEC)); // two reads of a line without an end
+    char* pending = nullptr;
+    EXPECT_EQ(readFileRow(&pending, -1), -1);
 }
 
 // Over a socket that takes and gives little at a time and refuses the rest, under signals.

@@ -31,7 +31,7 @@ int main(void)
     check(trimStr(text) == 0 && strcmp(text, "one three") == 0, "strings");
     pCollect(&rubbish, text);
 
-    char path[] = "/tmp/liblst.XXXXXX";
+    char path[] = "liblst.XXXXXX";
     const int fd = mkstemp(path);
     check(writeToFileFormat(fd, "%s\n", text) == 0, "files");
     close(fd);

@@ -1,6 +1,7 @@
 #include "tests/liblst/support.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 
@@ -73,6 +74,30 @@ TEST_F(Lines, AcrossChunks)
         content += many.back() + '\n';
     }
     EXPECT_EQ(rowsOf(content), many);
+}
+
+// Each read of such a socket takes one message and loses what it has no room for.
+TEST_F(Lines, ComeInChunksThatAreStrings)
+{
+    using std::string_literals::operator""s;
+    const std::string chunk(512, 'x');
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_NONBLOCK, 0, ends), 0);
+    for (const std::string& message : {chunk + "lost\n", "a\0lost\n"s, "b\nnext\n"s, "\0lost\n"s, "pending"s}) {
+        ASSERT_EQ(write(ends[1], message.data(), message.size()), static_cast<ssize_t>(message.size()));
+    }
+    Items rows;
+    for (char* row = nullptr; readFileRow(&row, ends[0]) > 0;) {
+        rows.push_back(text(row));
+        row = nullptr;
+        errno = 0;
+    }
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(rows, (Items{chunk + "ab", "next"}));
+    close(ends[1]);
+    char* row = nullptr;
+    EXPECT_EQ(readFileRow(&row, ends[0]), 0) << "what was pending is not released";
+    close(ends[0]);
 }
 
 TEST_F(Lines, ALastLineWithoutLineEndStaysPending)

@@ -1,9 +1,11 @@
+#include "tests/liblst/calls.h"
 #include "tests/liblst/support.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <set>
+#include <cstring>
 
 namespace {
 
@@ -58,21 +60,58 @@ TEST(Lists, EgrepSearchesAnywhere)
     }
 }
 
-TEST(Lists, ReadDirLeavesOutTheDots)
+TEST(Lists, ReadDirHasTheDirectorysOrderAndNamesOfAnyLength)
 {
-    char directory[] = "/tmp/liblst.XXXXXX";
-    ASSERT_NE(mkdtemp(directory), nullptr);
-    errno = 0;
-    EXPECT_EQ(lstReadDir(directory), nullptr);
-    EXPECT_EQ(errno, 0);
-    const std::string longest(255, 'n');
-    EXPECT_EQ(executeShellFormat("cd %s && touch .hidden ... %s", directory, longest.c_str()), 0);
-    const Items found = items(lstReadDir(directory));
-    EXPECT_EQ(std::multiset<std::string>(found.begin(), found.end()),
-        (std::multiset<std::string>{".hidden", "...", longest}));
-    EXPECT_EQ(executeShellFormat("rm -r %s", directory), 0);
-    EXPECT_EQ(lstReadDir(directory), nullptr);
+    const std::string beyond_a_dirent(1000, 'n');
+    const struct {
+        Items given, names;
+        int error;
+    } cases[] = {
+        {{"z", ".", beyond_a_dirent, "..", "a", ".hidden", "..."}, {"z", beyond_a_dirent, "a", ".hidden", "..."}, 0},
+        {{"..", "."}, {}, 0},
+        {{}, {}, 0},
+        {{"a", "b"}, {}, EIO},
+    };
+    for (const auto& row : cases) {
+        alignas(dirent64) char entry[1200] = {};
+        std::size_t at = 0;
+        const Instead listed(on_readdir64, [&](DIR* directory) -> dirent64* {
+            EXPECT_EQ(fcntl(dirfd(directory), F_GETFD), FD_CLOEXEC);
+            if (at == row.given.size()) {
+                errno = row.error != 0 ? row.error : errno;
+                return nullptr;
+            }
+            const std::string& name = row.given[at++];
+            std::memcpy(entry + offsetof(dirent64, d_name), name.c_str(), name.size() + 1);
+            return reinterpret_cast<dirent64*>(entry);
+        });
+        errno = ERANGE;
+        EXPECT_EQ(items(lstReadDir("/")), row.names);
+        EXPECT_EQ(errno, row.error != 0 ? row.error : ERANGE);
+    }
+    EXPECT_EQ(lstReadDir("/nonexistent"), nullptr);
     EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(Lists, GrowToExactlyWhatTheyHold)
+{
+    std::vector<std::size_t> pointers;
+    const Instead counted(on_realloc, [&](void* old, std::size_t size) {
+        pointers.push_back(size / sizeof(void*));
+        return __real_realloc(old, size);
+    });
+    char** list = nullptr;
+    char** map = nullptr;
+    void** collection = nullptr;
+    for (int i = 0; i < 4; ++i) {
+        lstPush(&list, "item");
+        mapPush(&map, "key", "value");
+        pCollect(&collection, Strdup("item"));
+    }
+    EXPECT_EQ(pointers, (std::vector<std::size_t>{2, 3, 2, 3, 5, 3, 4, 7, 4, 5, 9, 5}));
+    lstFree(list);
+    lstFree(map);
+    pClean(collection);
 }
 
 TEST(Maps, KeysMayRepeat)
@@ -84,13 +123,21 @@ TEST(Maps, KeysMayRepeat)
     EXPECT_EQ(getMapValue(map, "key"), map[1]); // not a copy
     EXPECT_EQ(items(getMapValues(map, "key")), (Items{"one", "two"}));
     EXPECT_STREQ(getConfigValue(map, "one", "default"), "key");
-    EXPECT_STREQ(getConfigValue(map, "two", "default"), "default");
-    EXPECT_STREQ(getConfigValue(nullptr, "two", "default"), "default");
-    EXPECT_EQ(getMapValue(map, "Key"), nullptr);
-    EXPECT_EQ(getMapValues(map, "two"), nullptr); // a value
+    for (const char* absent : {"two", "Key", "ke", "keys", ""}) { // "two" is a value
+        errno = ERANGE;
+        EXPECT_EQ(getMapValue(map, absent), nullptr) << absent;
+        EXPECT_EQ(getMapValues(map, absent), nullptr) << absent;
+        EXPECT_STREQ(getConfigValue(map, absent, "default"), "default") << absent;
+        EXPECT_EQ(errno, ERANGE) << absent;
+    }
     EXPECT_EQ(lstPush(&map, "odd"), 6);
+    EXPECT_STREQ(getConfigValue(map, "key", "default"), "default");
+    EXPECT_EQ(errno, ERANGE);
     EXPECT_EQ(getMapValue(map, "key"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
+    errno = 0;
     EXPECT_EQ(getMapValues(map, "key"), nullptr);
+    EXPECT_EQ(errno, EINVAL);
     lstFree(map);
 }
 

@@ -1,62 +1,104 @@
-#include "tests/liblst/support.h"
+#include "liblst/liblst.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <string>
 
 namespace {
 
-bool readable(int fd, int milliseconds)
+/** A file to lock, in a folder of its own where the test runs. */
+struct Locks : testing::Test {
+    Locks()
+    {
+        EXPECT_NE(mkdtemp(folder), nullptr);
+        name = std::string(folder) + "/file";
+        lock_file = name + ".lock";
+        std::ofstream{name};
+    }
+    ~Locks() override { std::filesystem::remove_all(folder); }
+
+    char folder[13] = "locks.XXXXXX";
+    std::string name;
+    std::string lock_file;
+};
+
+/** The status with which `work` ends another process. */
+template<typename Work> pid_t start(Work work)
 {
-    pollfd waited = {.fd = fd, .events = POLLIN, .revents = 0};
-    return poll(&waited, 1, milliseconds) == 1;
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(work() ? 0 : 1);
+    }
+    return child;
+}
+int statusOf(pid_t child)
+{
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
 }
 
-TEST(Locks, HoldBackAnotherProcess)
+TEST_F(Locks, AreOfTheWholeFileAndTheOwnersOnly)
 {
-    const TempFile file("");
-    const std::string lock_file = std::string(file.path) + ".lock";
-    const int fd = lockF(file.path);
+    const mode_t before = umask(0);
+    const int fd = lockF(name.c_str());
+    umask(before);
     ASSERT_GE(fd, 0);
     struct stat status = {};
     ASSERT_EQ(stat(lock_file.c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777U, 0600U);
-
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool asks = write(ends[1], "?", 1) == 1;
-        const int own = lockF(file.path);
-        const bool has = write(ends[1], "!", 1) == 1;
-        ulockF(file.path, own);
-        _exit(asks && own >= 0 && has ? 0 : 1);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+    EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(fcntl(fd, F_GETFL) & O_ACCMODE, O_RDWR);
+    for (const off_t place : {0, 1 << 30}) {
+        EXPECT_EQ(statusOf(start([&] {
+            const int other = open(lock_file.c_str(), O_RDWR);
+            return lseek(other, place, SEEK_SET) == place && lockf(other, F_TEST, 1) == -1;
+        })),
+            0)
+            << place << " is not locked";
     }
-    char news = 0;
-    ASSERT_EQ(read(ends[0], &news, 1), 1);
-    EXPECT_FALSE(readable(ends[0], 200)) << "the child did not wait";
-    ulockF(file.path, fd);
-    EXPECT_TRUE(readable(ends[0], 5000)) << "the child still waits";
+    ulockF(name.c_str(), fd);
     EXPECT_EQ(fcntl(fd, F_GETFD), -1) << "not closed";
-    int child_status = -1;
-    waitpid(child, &child_status, 0);
-    EXPECT_EQ(child_status, 0);
     EXPECT_EQ(access(lock_file.c_str(), F_OK), -1);
-    close(ends[0]);
-    close(ends[1]);
 }
 
-TEST(Locks, NeedTheFile)
+TEST_F(Locks, HoldBackAnotherProcess)
 {
-    const TempFile file("");
-    const std::string absent = std::string(file.path) + ".absent";
-    EXPECT_EQ(lockF(absent.c_str()), -1);
+    const int fd = lockF(name.c_str());
+    int asks[2];
+    int released[2];
+    ASSERT_EQ(pipe(asks) | pipe(released), 0);
+    const pid_t child = start([&] {
+        const bool asked = write(asks[1], "?", 1) == 1;
+        const int own = lockF(name.c_str());
+        pollfd waited = {.fd = released[0], .events = POLLIN, .revents = 0};
+        const bool has_waited = poll(&waited, 1, 0) == 1;
+        ulockF(name.c_str(), own);
+        return asked && own >= 0 && has_waited;
+    });
+    char asked = 0;
+    EXPECT_EQ(read(asks[0], &asked, 1), 1);
+    EXPECT_EQ(write(released[1], "!", 1), 1);
+    ulockF(name.c_str(), fd);
+    EXPECT_EQ(statusOf(child), 0);
+    for (const int end : {asks[0], asks[1], released[0], released[1]}) {
+        close(end);
+    }
+}
+
+TEST_F(Locks, NeedTheFile)
+{
+    EXPECT_EQ(lockF((name + ".absent").c_str()), -1);
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_EQ(access((absent + ".lock").c_str(), F_OK), -1);
+    EXPECT_EQ(access((name + ".absent.lock").c_str(), F_OK), -1);
 }
 
 } // namespace

@@ -1,6 +1,10 @@
+#include "tests/liblst/calls.h"
 #include "tests/liblst/support.h"
 
 #include <gtest/gtest.h>
+
+#include <ctime>
+#include <random>
 
 namespace {
 
@@ -22,6 +26,62 @@ TEST(Strings, Replace)
     char* edited = Strdup("a-a");
     EXPECT_EQ(replaceStrFormat(&edited, "a", "<%s>", edited), 0); // formats what it replaces in
     EXPECT_EQ(text(edited), "<a-a>-<a-a>");
+}
+
+/** What replacing comes to, in the words of the C++ library. */
+std::string replaced(std::string string, const std::string& search, const std::string& replace)
+{
+    for (std::size_t at = 0; (at = string.find(search, at)) != std::string::npos; at += replace.size()) {
+        string.replace(at, search.size(), replace);
+    }
+    return string;
+}
+
+// Of two letters: there is hardly a place where a match does not begin or nearly begin.
+TEST(Strings, ReplaceAgreesWithTheCppLibrary)
+{
+    std::minstd_rand random(1);
+    const auto letters = [&](std::size_t longest) {
+        std::string result(random() % (longest + 1), 'a');
+        for (char& letter : result) {
+            letter = random() % 4 == 0 ? 'b' : 'a';
+        }
+        return result;
+    };
+    for (int i = 0; i < 3000; ++i) {
+        const std::string string = letters(i % 2 == 0 ? 60 : 3000);
+        const std::string longer = string.substr(string.size() - string.size() / (2 + random() % 9));
+        const std::string search = 'a' + (i % 3 == 0 ? longer : letters(5));
+        const std::string replace = letters(40);
+        EXPECT_EQ(
+            text(ptReplaceStr(string.c_str(), search.c_str(), replace.c_str())), replaced(string, search, replace))
+            << string << ' ' << search;
+    }
+}
+
+// What was compared in vain is not compared again from the next letter on: half a million bytes take
+// some milliseconds, and at a quadratic cost three seconds, of the processor's time.
+TEST(Strings, ReplaceTakesLinearTime)
+{
+    constexpr std::size_t SIZE = 1 << 19;
+    const std::string same(SIZE, 'a');
+    const std::string half(SIZE / 2, 'a');
+    const std::string few(200, 'a');
+    std::string nearly;
+    while (nearly.size() < SIZE) {
+        nearly += few + 'b';
+    }
+    const struct {
+        const std::string &string, search;
+    } cases[] = {{same, half + 'b'}, {same, 'b' + half}, {same, half + 'b' + half}, {same, half}, {same, "a"},
+        {same, "ab"}, {nearly, few + "aab"}, {nearly, few + 'b'}, {nearly, nearly.substr(1, SIZE / 2) + 'a'}};
+    for (const auto& row : cases) {
+        for (const char* replace : {"", "a rather long replacement"}) {
+            const std::clock_t before = std::clock();
+            std::free(ptReplaceStr(row.string.c_str(), row.search.c_str(), replace));
+            ASSERT_LT(std::clock() - before, CLOCKS_PER_SEC) << row.search.substr(0, 300);
+        }
+    }
 }
 
 TEST(Strings, Cut)
@@ -62,6 +122,18 @@ TEST(Strings, EditInPlace)
         EXPECT_EQ(text(trimmed), row.trimmed);
         EXPECT_EQ(text(without_gaps), row.without_gaps);
     }
+}
+
+TEST(Strings, WhiteSpaceIsTheLocales)
+{
+    const Instead another_locale(on_isspace, [](int character) { return character == 0xa0 ? 1 : 0; });
+    char* string = Strdup("\xa0 x\xa0y\xe0 \xa0");
+    EXPECT_EQ(trimStr(string), 0);
+    EXPECT_STREQ(string, "x\xa0y\xe0");
+    delGaps(string);
+    EXPECT_EQ(text(string), "xy\xe0");
+    const TempFile file("\xa0key\xa0=\xa0value");
+    EXPECT_EQ(items(readConfig(file.path)), (Items{"key", "value"}));
 }
 
 TEST(Strings, FormatOfAnyLength)

@@ -3,8 +3,10 @@
 
 #include "liblst/liblst.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -27,20 +29,18 @@ inline std::string text(char* string)
     return result;
 }
 
-/** A file with this content, for as long as it lives. */
+/** A file with this content. It lives in memory: whatever ends the process, nothing is left. */
 struct TempFile {
-    explicit TempFile(const std::string& content) : fd(mkstemp(path))
+    explicit TempFile(const std::string& content) : fd(memfd_create("liblst", MFD_CLOEXEC))
     {
-        writeToFileFormat(fd, "%s", content.c_str());
-        lseek(fd, 0, SEEK_SET);
+        std::snprintf(path, sizeof path, "/proc/self/fd/%d", fd);
+        if (pwrite(fd, content.data(), content.size(), 0) != static_cast<ssize_t>(content.size())) {
+            std::abort();
+        }
     }
     TempFile(const TempFile&) = delete;
-    ~TempFile()
-    {
-        close(fd);
-        unlink(path);
-    }
+    ~TempFile() { close(fd); }
 
-    char path[20] = "/tmp/liblst.XXXXXX";
+    char path[32];
     int fd; /**< open for reading and writing, at the beginning */
 };

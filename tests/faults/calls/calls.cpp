@@ -83,8 +83,6 @@ DECLARE(int, ioctl, (int fd, unsigned long request, ...))
 }
 
 OBTAIN("opendir", DIR*, opendir, (const char* path), (path))
-CALL("readdir", int, readdir64_r, (DIR * directory, dirent64* entry, dirent64** found), (directory, entry, found),
-    (*found = nullptr, EIO))
 DECLARE(int, scandirat64,
     (int directory, const char* path, dirent64*** list, int (*filter)(const dirent64*),
         int (*compare)(const dirent64**, const dirent64**)))
@@ -113,7 +111,6 @@ LOOK_UP(passwd, getpwnam_r, const char*)
 LOOK_UP(group, getgrnam_r, const char*)
 LOOK_UP(group, getgrgid_r, gid_t)
 CALL("sysconf", long, sysconf, (int name), (name), -1)
-CALL("sysconf", long, pathconf, (const char* path, int name), (path, name), -1)
 
 DECLARE(int, regcomp, (regex_t * compiled, const char* pattern, int flags))
 {

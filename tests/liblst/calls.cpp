@@ -1,0 +1,15 @@
+#include "tests/liblst/calls.h"
+
+#define CALL(type, name, parameters, arguments)                                                                        \
+    std::function<type parameters> on_##name;                                                                          \
+    extern "C" type __real_##name parameters;                                                                          \
+    extern "C" type __wrap_##name parameters;                                                                          \
+    type __wrap_##name parameters                                                                                      \
+    {                                                                                                                  \
+        return on_##name ? on_##name arguments : __real_##name arguments;                                              \
+    }
+
+CALL(ssize_t, read, (int fd, void* to, std::size_t size), (fd, to, size))
+CALL(dirent64*, readdir64, (DIR * directory), (directory))
+CALL(void*, realloc, (void* old, std::size_t size), (old, size))
+CALL(int, isspace, (int character), (character))
