@@ -13,13 +13,13 @@ check() { # WHAT EXPECTED ACTUAL
 work=$(mktemp -d /tmp/dev.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit
-mkdir tools tools
+mkdir tools stand-ins
 cp "$repository"/{dev,CMakePresets.json} .
 cp "$repository"/tools/{lint.sh,debian-packages.txt} tools
 
 stand_in() { # NAME SHELL-TEXT
-    printf '#!/bin/bash\n%s\n' "$2" >"tools/$1"
-    chmod +x "tools/$1"
+    printf '#!/bin/bash\n%s\n' "$2" >"stand-ins/$1"
+    chmod +x "stand-ins/$1"
 }
 cmake=$(command -v cmake)
 stand_in cmake "case \$1 in --list-presets) exec $cmake -S $repository --list-presets ;; esac; echo \"cmake \$*\""
@@ -28,7 +28,7 @@ stand_in git 'echo liblst/a.cpp'
 stand_in pkg-config 'true'
 stand_in nproc 'echo 77'
 stand_in dpkg-query 'printf installed'
-PATH=$work/tools:$PATH
+PATH=$work/stand-ins:$PATH
 
 # The status and what was said.
 dev() {
