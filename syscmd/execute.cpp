@@ -54,8 +54,8 @@ void carryOut(ITransaction& tx, bool& answered)
     answer(tx, response, answered);
 }
 
-/** Makes a call of which nothing may leave; whether it came to its end. */
-template<typename Call> bool comesToItsEnd(Call call) noexcept
+/** Makes one more call of the broker's, which may throw again; whether it came to its end. */
+template<typename Call> bool succeeds(Call call) noexcept
 {
     try {
         call();
@@ -73,12 +73,13 @@ extern "C" void execute(ITransaction* pTx)
         return;
     }
     bool answered = false;
-    if (comesToItsEnd([&] { carryOut(*pTx, answered); })) {
-        return;
-    }
-    LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
-    comesToItsEnd([&] { pTx->setCode(CODE_FAILED); });
-    if (!answered && !comesToItsEnd([&] { answer(*pTx, FAILED_TEXT, answered); })) {
-        LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
+    try {
+        carryOut(*pTx, answered);
+    } catch (...) {
+        LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
+        succeeds([&] { pTx->setCode(CODE_FAILED); });
+        if (!answered && !succeeds([&] { pTx->addResponseParam(FAILED_TEXT); })) {
+            LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
+        }
     }
 }
