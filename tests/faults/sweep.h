@@ -3,7 +3,7 @@
 
 #include "common/common.h"
 #include "devkit/broker/command.h"
-#include "tests/faults/calls/faults.h"
+#include "tools/failing_calls/faults.h"
 #include "tests/faults/world.h"
 
 #include <ostream>

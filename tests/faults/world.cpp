@@ -7,7 +7,7 @@
 #include "devkit/boxwelld/transactions.h"
 #include "syscmd/sessions/inode_flags.h"
 #include "syscmd/sessions/record.h"
-#include "tests/faults/calls/faults.h"
+#include "tools/failing_calls/faults.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 // Commands of the shell.
-#include "tests/faults/calls/wrap.h"
+#include "tools/failing_calls/wrap.h"
 
 #include <map>
 
@@ -25,14 +25,17 @@ DECLARE(FILE*, popen, (const char* command, const char* mode))
     if (strike("popen") != 0) {
         return nullptr;
     }
-    return counted(faultsAreArmed() && shell_is_replayed ? replay(command) : __real_popen(command, mode));
+    return counted(
+        faultsAreArmed() && shell_is_replayed ? replay(command) : __real_popen(command, mode)
+    );
 }
 extern "C" int __real_fclose(FILE* stream);
 DECLARE(int, pclose, (FILE * stream))
 {
     const int error = strike("pclose");
     live -= 1;
-    const int status = faultsAreArmed() && shell_is_replayed ? __real_fclose(stream) : __real_pclose(stream);
+    const int status =
+        faultsAreArmed() && shell_is_replayed ? __real_fclose(stream) : __real_pclose(stream);
     errno = error != 0 ? error : errno;
     return error != 0 ? -1 : status;
 }

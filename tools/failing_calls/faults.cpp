@@ -1,4 +1,4 @@
-#include "tests/faults/calls/wrap.h"
+#include "tools/failing_calls/wrap.h"
 
 #include <fcntl.h>
 #include <regex.h>
@@ -56,8 +56,9 @@ bool struck = false;
 
 std::string nameOf(const Fault& fault)
 {
-    return std::string(fault.kind) + ' ' + std::to_string(fault.nth) + (fault.onward ? " and on" : "") + ", error " +
-           std::to_string(fault.error) + (fault.error == CUT ? " at " + std::to_string(fault.kept) : "");
+    return std::string(fault.kind) + ' ' + std::to_string(fault.nth) +
+           (fault.onward ? " and on" : "") + ", error " + std::to_string(fault.error) +
+           (fault.error == CUT ? " at " + std::to_string(fault.kept) : "");
 }
 
 bool withFault(const Fault& fault, const std::function<void()>& call)

@@ -1,5 +1,5 @@
 // Allocations, by the C library and by operator new.
-#include "tests/faults/calls/wrap.h"
+#include "tools/failing_calls/wrap.h"
 
 #include <cstdint>
 #include <new>

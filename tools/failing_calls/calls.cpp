@@ -1,5 +1,5 @@
 // Calls on files, look-ups, and what else of the C library can fail.
-#include "tests/faults/calls/wrap.h"
+#include "tools/failing_calls/wrap.h"
 
 #include <crypt.h>
 #include <dirent.h>
@@ -16,7 +16,14 @@
 
 CALL("access", int, access, (const char* path, int mode), (path, mode), -1)
 CALL("open", int, creat64, (const char* path, mode_t mode), (path, mode), -1)
-CALL("open", int, openat64, (int directory, const char* name, int flags, ...), (directory, name, flags), -1)
+CALL(
+    "open",
+    int,
+    openat64,
+    (int directory, const char* name, int flags, ...),
+    (directory, name, flags),
+    -1
+)
 DECLARE(int, open64, (const char* path, int flags, ...))
 {
     va_list arguments;
@@ -28,12 +35,15 @@ DECLARE(int, open64, (const char* path, int flags, ...))
 DECLARE(ssize_t, read, (int fd, void* to, std::size_t size))
 {
     const int error = strike("read");
-    return error != 0 && error != HALF ? -1 : __real_read(fd, to, error == HALF ? (size + 1) / 2 : size);
+    return error != 0 && error != HALF ? -1
+                                       : __real_read(fd, to, error == HALF ? (size + 1) / 2 : size);
 }
 DECLARE(ssize_t, write, (int fd, const void* from, std::size_t size))
 {
     const int error = strike("write");
-    return error != 0 && error != HALF ? -1 : __real_write(fd, from, error == HALF ? (size + 1) / 2 : size);
+    return error != 0 && error != HALF
+               ? -1
+               : __real_write(fd, from, error == HALF ? (size + 1) / 2 : size);
 }
 RELEASE("close", close, (int fd), (fd), -1, 0)
 CALL("fsync", int, fsync, (int fd), (fd), -1)
@@ -43,7 +53,8 @@ CALL("lockf", int, lockf64, (int fd, int command, off64_t length), (fd, command,
 OBTAIN("fopen", FILE*, fopen64, (const char* path, const char* mode), (path, mode))
 CALL("fgets", char*, fgets, (char* to, int size, FILE* stream), (to, size, stream), nullptr)
 CALL("fputs", int, fputs, (const char* text, FILE* stream), (text, stream), EOF)
-extern "C" int __wrap_fprintf(FILE* stream, const char* format, ...) __attribute__((format(printf, 2, 3)));
+extern "C" int __wrap_fprintf(FILE* stream, const char* format, ...)
+    __attribute__((format(printf, 2, 3)));
 int __wrap_fprintf(FILE* stream, const char* format, ...)
 {
     va_list arguments;
@@ -66,11 +77,24 @@ DECLARE(int, fclose, (FILE * stream))
 
 CALL("stat", int, stat64, (const char* path, struct stat64* status), (path, status), -1)
 CALL("stat", int, fstat64, (int fd, struct stat64* status), (fd, status), -1)
-CALL("stat", int, fstatat64, (int directory, const char* name, struct stat64* status, int flags),
-    (directory, name, status, flags), -1)
+CALL(
+    "stat",
+    int,
+    fstatat64,
+    (int directory, const char* name, struct stat64* status, int flags),
+    (directory, name, status, flags),
+    -1
+)
 CALL("mkdir", int, mkdir, (const char* path, mode_t mode), (path, mode), -1)
 CALL("unlink", int, unlink, (const char* path), (path), -1)
-CALL("unlink", int, unlinkat, (int directory, const char* name, int flags), (directory, name, flags), -1)
+CALL(
+    "unlink",
+    int,
+    unlinkat,
+    (int directory, const char* name, int flags),
+    (directory, name, flags),
+    -1
+)
 CALL("chmod", int, fchmod, (int fd, mode_t mode), (fd, mode), -1)
 CALL("shm_unlink", int, shm_unlink, (const char* name), (name), -1)
 DECLARE(int, ioctl, (int fd, unsigned long request, ...))
@@ -83,9 +107,15 @@ DECLARE(int, ioctl, (int fd, unsigned long request, ...))
 }
 
 OBTAIN("opendir", DIR*, opendir, (const char* path), (path))
-DECLARE(int, scandirat64,
-    (int directory, const char* path, dirent64*** list, int (*filter)(const dirent64*),
-        int (*compare)(const dirent64**, const dirent64**)))
+DECLARE(
+    int,
+    scandirat64,
+    (int directory,
+     const char* path,
+     dirent64*** list,
+     int (*filter)(const dirent64*),
+     int (*compare)(const dirent64**, const dirent64**))
+)
 {
     if (strike("scandir") != 0) {
         return -1;
@@ -99,12 +129,14 @@ CALL("readdir", dirent64*, readdir64, (DIR * directory), (directory), nullptr)
 
 /** A re-entrant look-up: it returns its error. */
 // NOLINTBEGIN(bugprone-macro-parentheses): `type` is one
-#define LOOK_UP(type, name, key_type)                                                                                  \
-    DECLARE(int, name, (key_type key, type * entry, char* buffer, std::size_t size, type** found))                     \
-    {                                                                                                                  \
-        const int error = strike("look-up");                                                                           \
-        *found = nullptr;                                                                                              \
-        return error == NOBODY ? 0 : error != 0 ? error : __real_##name(key, entry, buffer, size, found);              \
+#define LOOK_UP(type, name, key_type)                                                              \
+    DECLARE(int, name, (key_type key, type * entry, char* buffer, std::size_t size, type** found)) \
+    {                                                                                              \
+        const int error = strike("look-up");                                                       \
+        *found = nullptr;                                                                          \
+        return error == NOBODY ? 0                                                                 \
+               : error != 0    ? error                                                             \
+                               : __real_##name(key, entry, buffer, size, found);                      \
     }
 // NOLINTEND(bugprone-macro-parentheses)
 LOOK_UP(passwd, getpwnam_r, const char*)
@@ -118,16 +150,27 @@ DECLARE(int, regcomp, (regex_t * compiled, const char* pattern, int flags))
     live += error == 0 ? 1 : 0;
     return error;
 }
-CALL("regex", int, regexec,
+CALL(
+    "regex",
+    int,
+    regexec,
     (const regex_t* compiled, const char* text, std::size_t count, regmatch_t* matches, int flags),
-    (compiled, text, count, matches, flags), REG_ESPACE)
+    (compiled, text, count, matches, flags),
+    REG_ESPACE
+)
 DECLARE(void, regfree, (regex_t * compiled))
 {
     live -= 1;
     __real_regfree(compiled);
 }
-CALL("crypt", char*, crypt_r, (const char* phrase, const char* setting, crypt_data* work), (phrase, setting, work),
-    nullptr)
+CALL(
+    "crypt",
+    char*,
+    crypt_r,
+    (const char* phrase, const char* setting, crypt_data* work),
+    (phrase, setting, work),
+    nullptr
+)
 CALL("localtime", tm*, localtime_r, (const time_t* when, tm* local), (when, local), nullptr)
 
 /** One second for the whole run: names drawn from it, and ages, are the same in every trial. */
@@ -137,7 +180,8 @@ DECLARE(time_t, time, (time_t*))
     return start;
 }
 /** Journal entries are the operations' tests' affair; here they would only take time. */
-extern "C" int __wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...);
+extern "C" int
+__wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...);
 int __wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...)
 {
     return -ENOMEM;
