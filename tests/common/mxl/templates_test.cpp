@@ -1,57 +1,69 @@
-// The request templates, byte by byte against golden files, and as XML once they are filled in.
-#include "common/mxl_templates.h"
-
+// The request templates, row by row: byte for byte against golden files, exported, and XML once they are
+// filled in.
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <string>
 
 namespace {
 
-struct Template {
-    const char* name;
-    const char* text;
+/** Every row of the header: the text that its name points to. */
+std::map<std::string, const char* const*> rows;
+struct Row {
+    Row(const char* name, const char* const* text) { rows[name] = text; }
 };
 
-const Template TEMPLATES[] = {
-    {"UPDATE_ACCOUNT_MXL", UPDATE_ACCOUNT_MXL},
-    {"RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME", RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME},
-    {"RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD", RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD},
-    {"RENAME_ACCOUNT_NO_PASSWORD_MXL", RENAME_ACCOUNT_NO_PASSWORD_MXL},
-    {"GET_USER_DATA_MXL", GET_USER_DATA_MXL},
-    {"ADD_USER_MXL", ADD_USER_MXL},
-    {"MXL_TMPL_DEL_NET", MXL_TMPL_DEL_NET},
-    {"MXL_TMPL_ADD_NET", MXL_TMPL_ADD_NET},
-    {"MXL_TMPL_ADD_NET_INVITE", MXL_TMPL_ADD_NET_INVITE},
-    {"QUERY_USER_BY_ID_MXL", QUERY_USER_BY_ID_MXL},
-    {"DELETE_USER_MXL", DELETE_USER_MXL},
-    {"UNREGISTER_USER_MXL", UNREGISTER_USER_MXL},
-};
+} // namespace
 
-std::string golden(const std::string& name)
+#define MXL_TEMPLATE(name, text)                                                                                       \
+    EXPORTED extern const char* const name;                                                                            \
+    static const Row name##_row(#name, &name)
+#include "common/mxl_templates.h"
+
+namespace {
+
+std::string content(const std::string& path)
 {
-    std::ifstream file(GOLDEN_DIR "/" + name + ".mxl", std::ios::binary);
+    std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-TEST(Templates, equalTheGoldenFiles)
+TEST(Templates, AreTheGoldenFiles)
 {
-    for (const auto& [name, text] : TEMPLATES)
-        EXPECT_EQ(text, golden(name)) << name;
+    std::map<std::string, std::string> golden;
+    for (const auto& file : std::filesystem::directory_iterator(GOLDEN_DIR))
+        golden[file.path().stem()] = content(file.path());
+    std::map<std::string, std::string> texts;
+    for (const auto& [name, text] : rows)
+        texts[name] = *text;
+    EXPECT_EQ(texts, golden);
 }
 
-TEST(Templates, parseOnceFilledIn)
+TEST(Templates, AreExported)
 {
-    for (const auto& [name, text] : TEMPLATES) {
-        std::string request = text;
+    const std::string map = content(EXPORTS_MAP);
+    const std::size_t begin = map.find("# Request templates");
+    const std::string listed = map.substr(begin, map.find('#', begin + 1) - begin);
+    for (const auto& [name, text] : rows)
+        EXPECT_NE(listed.find(' ' + name + ';'), std::string::npos) << name;
+    EXPECT_EQ(static_cast<std::size_t>(std::count(listed.begin(), listed.end(), ';')), rows.size());
+}
+
+TEST(Templates, ParseOnceFilledIn)
+{
+    for (const auto& [name, text] : rows) {
+        std::string request = *text;
         for (std::size_t at = 0; (at = request.find("%s", at)) != std::string::npos; ++at)
             request.replace(at, 2, "1");
         request.erase(0, request.find("<?xml"));
         const std::unique_ptr<xmlDoc, void (*)(xmlDocPtr)> document(
-            xmlReadMemory(request.data(), static_cast<int>(request.size()), name, nullptr, 0), xmlFreeDoc);
+            xmlReadMemory(request.data(), static_cast<int>(request.size()), name.c_str(), nullptr, 0), xmlFreeDoc);
         ASSERT_NE(document, nullptr) << name;
         EXPECT_STREQ(reinterpret_cast<const char*>(xmlDocGetRootElement(document.get())->name), "mxl");
     }
