@@ -1,9 +1,11 @@
 /**
  * The frame that a case stands in: work of the plug-in beside a peer's or the floor's.
  *
- *     frame.compare({.name = "lstSplitStr, 100,000 fields", .against = "g_strsplit", .goal = 0.7},
- *         [&] { return List(lstSplitStr(',', text)); }, [&] { return GList(g_strsplit(text, ",",
- * -1)); });
+ *     frame.compare(
+ *         {.name = "lstSplitStr, 100,000 fields", .against = "g_strsplit", .goal = 0.7},
+ *         [&] { return List(lstSplitStr(',', text)); },
+ *         [&] { return GList(g_strsplit(text, ",", -1)); }
+ *     );
  *
  * What the two return is compared first: a wrong result fails the run. Then both are timed in short
  * batches that alternate, and the ratio of each pair of batches is one sample.
