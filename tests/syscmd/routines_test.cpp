@@ -20,8 +20,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class Routines : public testing::Test {
   protected:
     void SetUp() override
@@ -34,7 +32,7 @@ class Routines : public testing::Test {
 TEST_F(Routines, placeholderPairOfAnAccountWithoutPassword)
 {
     EXPECT_EQ(AddUser("zoe", nullptr, "z@x", "User"), SUCCESS);
-    const std::string sent = requests().at(0);
+    const std::string sent = exchanges().at(0).request;
     EXPECT_NE(sent.find("<SmbHash><![CDATA[7C41D09AQ3B8E2F65A0D9C14E7B3F820]]>"), std::string::npos);
     EXPECT_NE(sent.find("<SysHash><![CDATA[$1$Qa7Lm2Xp$Zr4.hT9wYc1KbN3sVe8Fo0]]>"), std::string::npos);
 }
@@ -43,7 +41,7 @@ TEST_F(Routines, hashesWithoutCloudUserUnlock)
 {
     const std::string pair = base64("a:b:c");
     EXPECT_EQ(UpdateUser("1003", "carol", pair.c_str(), "sky-hold", "c@x", nullptr), SUCCESS);
-    const std::string sent = requests().at(0);
+    const std::string sent = exchanges().at(0).request;
     EXPECT_NE(
         sent.find("<P2PUserName><![CDATA[(null)]]></P2PUserName>\t\t\t<IsLocked>0</IsLocked> "), std::string::npos);
     EXPECT_NE(sent.find("<SysHash><![CDATA[b:c]]>"), std::string::npos);
@@ -57,7 +55,7 @@ TEST_F(Routines, authorityIsCut)
 {
     shell("printf '<owner>abcdefghijklmnopqrstuvwxyz0123456789</owner>' > " OWNER_FILE);
     EXPECT_EQ(UpdateUser("1003", "carol", nullptr, nullptr, "", nullptr), SUCCESS);
-    EXPECT_EQ(requests().at(0).rfind("Authorization: abcdefghijklmnopqrstuvwxyz01234\r\n<?xml", 0), 0U);
+    EXPECT_EQ(exchanges().at(0).request.rfind("Authorization: abcdefghijklmnopqrstuvwxyz01234\r\n<?xml", 0), 0U);
 }
 
 TEST_F(Routines, nullArgumentsAreLoggedAndRefused)
@@ -130,7 +128,7 @@ TEST_F(Routines, twoRenamesWithinASecondDrawTheSameDigits)
     const auto name = [](const char* user) {
         shell("boxwelld seed " SEED_FILE);
         EXPECT_EQ(renameLocalUserIfExists(user, "cloud"), SUCCESS);
-        const std::string sent = requests().at(1);
+        const std::string sent = exchanges().at(1).request;
         const std::size_t begin = sent.find("<User_Name>") + 11;
         return sent.substr(begin, sent.find("</User_Name>") - begin);
     };
@@ -272,7 +270,7 @@ TEST_F(Routines, statementsGoWhereTheirLevelAndLinesSay)
         const auto file = fileStatements();
         ASSERT_EQ(file.size(), 1U);
         EXPECT_EQ(file[0].text, text);
-        EXPECT_EQ(file[0].file + std::to_string(file[0].line), "unit.cpp42");
+        EXPECT_EQ(file[0].unit + std::to_string(file[0].line), "unit.cpp42");
         const std::vector<Statement> entries = journalStatements();
         ASSERT_EQ(entries.size(), journal.size()) << text.substr(0, 80);
         for (std::size_t i = 0; i < entries.size(); ++i) {
