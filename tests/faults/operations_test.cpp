@@ -79,9 +79,6 @@ struct Figures : testing::Environment {
         if (all.test_to_run_count() != all.total_test_count()) {
             return;
         }
-        for (std::size_t i = 0; i < statements().size(); ++i) {
-            EXPECT_TRUE(seen().statements[i]) << "never said: " << statements()[i];
-        }
         const bool can_pin = std::string("root") == getenv("DEVICE_WAY");
         for (std::size_t i = 0; i < forced().size(); ++i) {
             const bool needs_pin = forced()[i].difference.find("pinned") != std::string::npos;

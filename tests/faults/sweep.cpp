@@ -1,6 +1,7 @@
 #include "tests/faults/sweep.h"
 
 #include "devkit/broker/transaction.h"
+#include "tests/syscmd/statements.h"
 
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -54,7 +55,8 @@ struct Outcome {
     Facts requests;
     bool threw = false;
     bool struck = false;
-    long kept = 0; // resources, and descriptors
+    long kept = 0;       // resources, and descriptors
+    std::string unknown; // what was said that is no statement of the table
 };
 
 Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransaction*))
@@ -78,8 +80,8 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
     outcome.files = fileFacts();
     outcome.requests = requestFacts();
     const std::string log = outcome.struck && fault.error == ENOMEM ? logFile() : "";
-    for (std::size_t i = 0; !log.empty() && i < statements().size(); ++i) {
-        seen().statements[i] = seen().statements[i] || log.find(statements()[i]) != log.npos;
+    for (const Statement& statement : statementsOf(log)) {
+        outcome.unknown += isKnown(statement) ? "" : statement.unit + ": " + statement.text;
     }
     return outcome;
 }
@@ -157,6 +159,9 @@ void judge(
     }
     if (outcome.kept != 0) {
         found(std::to_string(outcome.kept) + " resources were left behind");
+    }
+    if (!outcome.unknown.empty()) {
+        found("said " + outcome.unknown);
     }
     if (!inOrder(outcome.requests, golden.requests)) {
         found("requests out of order");

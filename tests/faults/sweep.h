@@ -3,8 +3,8 @@
 
 #include "common/common.h"
 #include "devkit/broker/command.h"
-#include "tools/failing_calls/faults.h"
 #include "tests/faults/world.h"
+#include "tools/failing_calls/faults.h"
 
 #include <ostream>
 
@@ -37,14 +37,11 @@ struct Forced {
 
 const std::vector<Variant>& variants();
 const std::vector<Forced>& forced();
-/** Lines of the log file that exhausted memory must bring about somewhere. */
-const std::vector<std::string>& statements();
 
 /** What the loop has seen, in all processes. */
 struct Seen {
     long trials[64]; // of each kind
     bool forced[64]; // the outcomes that occurred
-    bool statements[64];
 };
 Seen& seen();
 

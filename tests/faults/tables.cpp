@@ -47,16 +47,3 @@ const std::vector<Forced>& forced()
     }();
     return all;
 }
-
-const std::vector<std::string>& statements()
-{
-    static const std::vector<std::string> all = [] {
-        std::vector<std::string> lines;
-        std::ifstream file(TABLES "statements.txt");
-        for (std::string line; std::getline(file, line);) {
-            lines.push_back(line + '\n');
-        }
-        return lines;
-    }();
-    return all;
-}

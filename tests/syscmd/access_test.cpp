@@ -3,6 +3,13 @@
 
 namespace {
 
+/** The credentials' login as the check sees it. */
+std::string loginOf(const std::string& credentials)
+{
+    const std::size_t colon = credentials.find(':');
+    return colon == std::string::npos ? credentials : credentials.substr(0, std::min<std::size_t>(colon, 31));
+}
+
 /** A command that gets as far as its missing parameters. */
 Case admitted(const char* name, const std::string& credentials, const std::string& prepare)
 {
@@ -14,23 +21,22 @@ Case admitted(const char* name, const std::string& credentials, const std::strin
         .prepare = prepare,
         .code = CODE_FAILED,
         .response = text,
-        .trace = {"= code 1",
-            "1425 ERROR [syscmd:DeleteAccountHandler]: DeleteUser error reading "
-            "username/password/email params from request",
-            "= response " + text},
+        .access = {access(loginOf(credentials), 1, 1)},
+        .trace = {"code 1", said("DeleteAccountHandler: 1425"), "response " + text},
     };
 }
 
 Case memberAdmitted(const char* name, const std::string& credentials, const std::string& prepare)
 {
     Case asked = admitted(name, credentials, prepare);
+    asked.access = {access(loginOf(credentials), 0, 1)};
     asked.requests = {"/User/User_Name/"};
     return asked;
 }
 
 Case denied(const char* name, const std::string& credentials, const std::string& prepare)
 {
-    const std::string login = credentials.substr(0, credentials.find(':'));
+    const std::string login = loginOf(credentials);
     return {
         .name = name,
         .params = {"deleteuser", "bob", "bob"},
@@ -38,25 +44,24 @@ Case denied(const char* name, const std::string& credentials, const std::string&
         .prepare = prepare,
         .code = CODE_FAILED,
         .response = "access denied",
-        .trace = {"1282 ERROR [syscmd:AuthenticateUser]: ACCESS DENIED for SYS: "
-                  "operation=deleteuser login=" +
-                      login + " is_owner=0 is_sh=0",
-            "= response access denied", "= code 1"},
+        .access = {access(login, 0, 0)},
+        .trace = {said("AuthenticateUser: ACCESS DENIED", "deleteuser", login, 0, 0), "response access denied",
+            "code 1"},
         .requests = {"<![CDATA[" + login + "]]>"},
         .check = "getent passwd bob",
     };
 }
 
-Case unknown(const char* name, const std::string& operation, const std::string& credentials, const Texts& requests)
+Case unknown(const char* name, const std::string& operation, const Trace& checked, const Texts& requests)
 {
     return {
         .name = name,
         .params = {operation, "bob"},
-        .credentials = credentials,
+        .credentials = "bob:x",
         .code = CODE_FAILED,
         .response = "operation unknown",
-        .trace = {"1644 ERROR [syscmd:execute]: unknown operation: " + operation, "= code 1",
-            "= response operation unknown"},
+        .access = checked,
+        .trace = {said("execute: 1644", operation), "code 1", "response operation unknown"},
         .requests = requests,
     };
 }
@@ -93,16 +98,16 @@ INSTANTIATE_TEST_SUITE_P(Access, Operation,
         denied("lockQueryFailed", "bob:secret", order("fail")),
         denied("lockQueryUnanswered", "bob:secret", order("no-reply")),
         denied("lockReplyOfGarbage", "bob:secret", order("reply garbage")),
-        unknown("memberAddsUser", "adduser", "bob:x", {"[bob]"}),
-        unknown("memberAddsRemoteUser", "addremoteuser", "bob:x", {"[bob]"}), unknown("otherCase", "AddUser", "", {}),
-        unknown("emptyName", "", "alice:x", {}),
+        unknown("memberAddsUser", "adduser", {access("bob", 0, 1)}, {"[bob]"}),
+        unknown("memberAddsRemoteUser", "addremoteuser", {access("bob", 0, 1)}, {"[bob]"}),
+        unknown("otherCase", "AddUser", {}, {}), unknown("emptyName", "", {}, {}),
         Case{
             .name = "noOperation",
             .params = {},
             .code = CODE_FAILED,
             .response = "getRequestParam() failed",
-            .trace = {"1651 ERROR [syscmd:execute]: getRequestParam() failed", "= code 1",
-                "= response getRequestParam() failed"},
+            .access = {},
+            .trace = {said("execute: 1651"), "code 1", "response getRequestParam() failed"},
         }),
     caseName);
 

@@ -12,9 +12,10 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <regex>
+#include <sstream>
 
 namespace {
 
@@ -25,9 +26,6 @@ std::string readFile(const std::string& path)
     std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
 }
-
-/** Where an item of the file begins: a statement's prefix, or an effect. */
-const std::regex ITEM("[A-Z][a-z]{2} [ 0-9][0-9] [0-9]{4} [0-9:]{8} (ERROR|INFO|DEBUG):([^:]+):([0-9]+) |\n(=) ");
 
 } // namespace
 
@@ -55,11 +53,12 @@ std::string shell(const std::string& command, int expected_status)
 void resetDevice()
 {
     shell("cd /var/lib/device && { [ -d fresh ] || { mkdir fresh && cp -r info fresh && "
-          "cp /opt/skyhold/etc/registration.conf fresh; }; } && "
+          "cp /opt/skyhold/etc/registration.conf /opt/linkhub/etc/linkagent.conf fresh; }; } && "
           "chattr -fi /opt/skyhold/etc/local_sessions/* ; "
           "rm -rf info events.jsonl /opt/skyhold/etc /var/log/shbroker.log && mkdir "
           "/opt/skyhold/etc && "
-          "cp -r fresh/info . && cp fresh/registration.conf /opt/skyhold/etc && "
+          "cp -r fresh/info . && cp fresh/registration.conf /opt/skyhold/etc && cp fresh/linkagent.conf "
+          "/opt/linkhub/etc && "
           ": > /var/log/shbroker.log && boxwelld seed " SEED_FILE);
     journalStatements();
 }
@@ -81,20 +80,12 @@ void command(RecordingTransaction& transaction)
 
 std::vector<Statement> fileStatements()
 {
-    const std::string log = readFile(LOG_FILE);
-    std::vector<Statement> items;
-    for (std::sregex_iterator at(log.begin(), log.end(), ITEM), end; at != end; ++at) {
-        const auto next = std::next(at);
-        const auto from = static_cast<std::size_t>(at->position() + at->length());
-        const auto to = next == end ? log.size() : static_cast<std::size_t>(next->position());
-        const int line = (*at)[3].matched ? std::stoi(at->str(3)) : 0;
-        items.push_back({at->str(1) + at->str(4), at->str(2), line, "", log.substr(from, to - from)});
-    }
-    return items;
+    return statementsOf(readFile(LOG_FILE));
 }
 
 std::vector<Statement> journalStatements()
 {
+    static const std::map<std::string, const char*> levels = {{"3", "ERROR"}, {"6", "INFO"}, {"7", "DEBUG"}};
     static std::string cursor;
     const std::string after = cursor.empty() ? "" : " --after-cursor='" + cursor + "'";
     std::istringstream entries(
@@ -106,16 +97,16 @@ std::vector<Statement> journalStatements()
     for (std::string line; std::getline(entries, line);) {
         const auto entry = nlohmann::json::parse(line);
         cursor = entry.at("__CURSOR");
-        statements.push_back({entry.at("PRIORITY"), entry.at("CODE_FILE"),
+        statements.push_back({levels.at(entry.at("PRIORITY")), entry.at("CODE_FILE"),
             std::stoi(entry.at("CODE_LINE").get<std::string>()), entry.at("CODE_FUNC"), entry.at("MESSAGE")});
     }
     return statements;
 }
 
-std::vector<std::string> requests()
+std::vector<Answered> exchanges()
 {
-    std::vector<std::string> texts;
-    for (const auto& exchange : nlohmann::json::parse(transcript(PATHS, 1, true)))
-        texts.push_back(exchange.at("request"));
-    return texts;
+    std::vector<Answered> all;
+    for (const auto& one : nlohmann::json::parse(transcript(PATHS, 1, true)))
+        all.push_back({one.at("request"), one.at("reply").is_null() ? "" : one.at("reply").get<std::string>()});
+    return all;
 }

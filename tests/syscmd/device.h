@@ -2,18 +2,10 @@
 #pragma once
 
 #include "tests/syscmd/recording_transaction.h"
+#include "tests/syscmd/statements.h"
 
 #include <string>
 #include <vector>
-
-/** One log statement, as the journal or the file has it. */
-struct Statement {
-    std::string level; // "ERROR"; the priority, "3", in the journal
-    std::string file;
-    int line = 0;
-    std::string function; // the journal's only
-    std::string text;
-};
 
 /** The built plug-in, loaded as the broker does. */
 void (*pluginEntry())(ITransaction*);
@@ -31,11 +23,16 @@ std::string base64(const std::string& text);
  */
 void command(RecordingTransaction& transaction);
 
-/** The log file as a list: statements, and effects as statements of level "=". */
+/** The log file as a list. */
 std::vector<Statement> fileStatements();
 
 /** The statements that reached the journal since the last call. */
 std::vector<Statement> journalStatements();
 
-/** The requests that the daemon received since resetDevice(). */
-std::vector<std::string> requests();
+/** What the daemon received and answered (nothing: ""), as its transcript has it. */
+struct Answered {
+    std::string request;
+    std::string reply;
+};
+/** The exchanges since resetDevice(). */
+std::vector<Answered> exchanges();

@@ -1,6 +1,7 @@
 // The transaction interface as the broker was built against it: a virtual table laid out by hand,
 // slot by slot, independent of our header.
 #include "tests/syscmd/device.h"
+#include "tests/syscmd/trace.h"
 
 #include <gtest/gtest.h>
 
@@ -100,10 +101,14 @@ TEST(Interface, nullIsIgnored)
 
 /** A broker out of memory. */
 struct ThrowingTransaction : RecordingTransaction {
-    std::string where;
+    explicit ThrowingTransaction(const std::string& operation, int answers_refused) : refused(answers_refused)
+    {
+        params = {operation};
+    }
+    int refused; // of addResponseParam's calls
     int addResponseParam(const std::string& value) override
     {
-        if (std::exchange(where, "") == "add")
+        if (refused-- > 0)
             throw std::bad_alloc();
         return RecordingTransaction::addResponseParam(value);
     }
@@ -112,18 +117,22 @@ struct ThrowingTransaction : RecordingTransaction {
 
 TEST(Interface, exceptionsStayInside)
 {
-    ThrowingTransaction checked;
-    checked.params = {"adduser"};
-    command(checked);
-    EXPECT_EQ(checked.code, CODE_FAILED);
-    EXPECT_EQ(checked.responses, std::vector<std::string>{"system command failed"});
-
-    ThrowingTransaction answering;
-    answering.params = {"nothing"};
-    answering.where = "add";
-    command(answering);
-    EXPECT_EQ(answering.code, CODE_FAILED);
-    EXPECT_EQ(answering.responses, std::vector<std::string>{"system command failed"});
+    const Said ended = said("execute: ended by an exception");
+    const Said unknown = said("execute: unknown operation", "nothing");
+    const struct {
+        ThrowingTransaction transaction;
+        Trace trace;
+    } table[] = {
+        {ThrowingTransaction("adduser", 0), {ended, "code 1", "response system command failed"}},
+        {ThrowingTransaction("nothing", 1), {unknown, "code 1", ended, "code 1", "response system command failed"}},
+        {ThrowingTransaction("nothing", 2), {unknown, "code 1", ended, "code 1", said("execute: no memory")}},
+    };
+    for (auto [transaction, trace] : table) {
+        resetDevice();
+        command(transaction);
+        EXPECT_EQ(transaction.code, CODE_FAILED);
+        expectSaid(trace);
+    }
 }
 
 } // namespace

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "tests/syscmd/device.h"
+#include "tests/syscmd/trace.h"
 
 #include <gtest/gtest.h>
 
 #include <ostream>
 
-using Texts = std::vector<std::string>;
+/** The statement of a requester who is known. */
+Said access(const std::string& login, int is_owner, int is_sh);
 
 struct Case {
     const char* name;
@@ -16,7 +18,8 @@ struct Case {
     std::string prepare = "";                 // shell, on the device, beforehand
     TTransactionCode code = CODE_SUCCEED;
     std::string response = "success";
-    Texts trace = {};       // statements ("LINE text" or "* text") and effects ("= code 0"), from the login on
+    Trace access = {::access("alice", 1, 1)};
+    Trace trace = {};       // what follows
     Texts requests = {};    // a piece of each transaction
     std::string check = ""; // shell, on the device, afterwards: must succeed
 };
@@ -40,9 +43,14 @@ inline std::string caseName(const testing::TestParamInfo<Case>& info)
 /** "boxwelld order ORDER" for the request behind the first `skip` ones. */
 std::string order(const std::string& what, int skip = 0);
 
-/** One list of several. */
-Texts joined(std::initializer_list<Texts> lists);
+/** GetUserData asks for an account; and the one record of the n-th exchange does not match it. */
+Said asking(const std::string& name);
+Trace askingInVain(const std::string& name, int exchange);
 
+/** DelNetwork's statement about the n-th exchange: there is no such remote user. */
+Said noRemoteUser(const std::string& name, int exchange);
+
+inline const std::string DEFAULT_TEXT = "system command failed"; // where no operation says otherwise
 inline const std::string NAME_31 = "abcdefghijklmnopqrstuvwxyz01234";
 inline const std::string NAME_40 = NAME_31 + "567890123";
 inline const std::string PAIR = base64("SMB:$1$salt$system");

@@ -3,105 +3,115 @@
 
 namespace {
 
-const std::string NO_DATA = "* ERROR [syscmd:DelUser]: GetUserData failed";
-
-std::string said474(const std::string& name, const std::string& email)
+/** No account of that name has to give way. */
+Trace nobody(const std::string& name)
 {
-    return "474 [syscmd::AddUser] username=" + name + ", syshash=$1$salt$system, smbhash=SMB, email=" + email;
+    return {asking(name), said("DelUser: GetUserData failed")};
 }
 
-/** "adduser" whose addition fails for the reason that the statements `why` tell. */
-Case failedAddition(const char* name, const std::string& ordered, const Texts& why)
+Said adding(const std::string& name, const std::string& email)
+{
+    return said("AddUser: 474", name, "$1$salt$system", "SMB", email);
+}
+
+Trace added(const std::string& name)
+{
+    return {"code 0", said("AddAccountHandler: 1311", name), "response success"};
+}
+
+/** An addition that fails for the reason that the statements tell. */
+Case notAdded(const char* name, const Texts& params, const std::string& prepare, const Trace& statements,
+    const Texts& requests, const std::string& check)
 {
     return {
         .name = name,
-        .params = {"adduser", "zoe", PAIR, "z@x"},
-        .prepare = order(ordered, 1),
+        .params = params,
+        .prepare = prepare,
         .code = CODE_FAILED,
         .response = "AddUser failed",
-        .trace = joined({{NO_DATA, said474("zoe", "z@x")}, why,
-            {"1316 ERROR [syscmd:AddAccountHandler] :AddUser zoe failed with code=-1", "= code 1",
-                "= response AddUser failed"}}),
-        .requests = {"[zoe]", "<xs:add"},
+        .trace = {statements, said("AddAccountHandler: 1316", params[1], -1), "code 1", "response AddUser failed"},
+        .requests = requests,
+        .check = check,
     };
 }
 
-const Texts NO_DETAIL = {"502 ERROR [syscmd:AddUser]: AddUser failed", "504 ERROR [syscmd:AddUser]: MXL error "};
+const Texts ZOE = {"adduser", "zoe", PAIR, "z@x"};
+
+Case failedAddition(const char* name, const std::string& ordered, const Trace& why)
+{
+    return notAdded(name, ZOE, order(ordered, 1), {nobody("zoe"), adding("zoe", "z@x"), why}, {"[zoe]", "<xs:add"}, "");
+}
+
+Case badPair(const char* name, const std::string& pair, const std::string& decoded)
+{
+    return notAdded(name, {"adduser", "zoe", pair, "z@x"}, "", {nobody("zoe"), said("AddUser: 455", decoded, pair)},
+        {"[zoe]"}, "! getent passwd zoe");
+}
+
+/** The addition of an account that is there, and stays. */
+Case taken(const char* name, const std::string& user, const std::string& prepare, const Trace& found)
+{
+    return notAdded(name, {"adduser", user, PAIR, "d@x"}, prepare,
+        {found, adding(user, "d@x"), said("AddUser: 498"), said("AddUser: 504", "User " + user + " already exists")},
+        {"[" + user + "]", "<xs:add"}, "getent passwd " + user);
+}
+
+Trace refused(const std::string& detail)
+{
+    return {said("AddUser: 502"), said("AddUser: 504", detail)};
+}
 
 INSTANTIATE_TEST_SUITE_P(AddAccount, Operation,
     testing::Values(
         Case{
             .name = "creates",
-            .params = {"adduser", "zoe", PAIR, "z@x"},
-            .trace = {NO_DATA, said474("zoe", "z@x"), "= code 0",
-                "1311 [syscmd:AddAccountHandler] :AddUser zoe success", "= response success"},
+            .params = ZOE,
+            .trace = {nobody("zoe"), adding("zoe", "z@x"), added("zoe")},
             .requests = {"[zoe]", "<User_Name><![CDATA[zoe]]></User_Name>\t\t\t<SmbHash><![CDATA[SMB]]>"},
             .check = "getent passwd zoe && boxwelld show | grep -E 'zoe +sky-hold +locked'",
         },
         Case{
             .name = "replacesACloudAccount",
             .params = {"adduser", "bob", PAIR, "b@x"},
-            .trace = {said474("bob", "b@x"), "= code 0", "1311 [syscmd:AddAccountHandler] :AddUser bob success",
-                "= response success"},
+            .trace = {asking("bob"), noRemoteUser("bob", 2), adding("bob", "b@x"), added("bob")},
             .requests = {"[bob]", "<xs:delete id=\"opid\" resource-id=\"1002\"", "UserName=\"bob\"", "<xs:add"},
             .check = "boxwelld show | grep -E 'bob +sky-hold +locked +b@x'",
         },
         Case{
-            .name = "leavesAnotherGroupsAccount",
-            .params = {"adduser", "dave", PAIR, "d@x"},
-            .code = CODE_FAILED,
-            .response = "AddUser failed",
-            .trace = {said474("dave", "d@x"), "498 ERROR [syscmd:AddUser]: user already exists",
-                "504 ERROR [syscmd:AddUser]: MXL error User dave already exists",
-                "1316 ERROR [syscmd:AddAccountHandler] :AddUser dave failed with code=-1", "= code 1",
-                "= response AddUser failed"},
-            .requests = {"[dave]", "<xs:add"},
-            .check = "getent passwd dave",
-        },
-        Case{
             .name = "cutsTheNameOfTheAccountOnly",
             .params = {"adduser", NAME_40, PAIR, "z@x"},
-            .trace = {NO_DATA, said474(NAME_31, "z@x"), "= code 0",
-                "1311 [syscmd:AddAccountHandler] :AddUser " + NAME_40 + " success", "= response success"},
+            .trace = {nobody(NAME_40), adding(NAME_31, "z@x"), added(NAME_40)},
             .requests = {"[" + NAME_40 + "]", "[" + NAME_31 + "]"},
             .check = "getent passwd " + NAME_31,
         },
         Case{
             .name = "passesOnWhatIsBehindTheFirstColon",
             .params = {"adduser", "zo\xc3\xab", base64("a:b:c"), ""},
-            .trace = {NO_DATA, "474 [syscmd::AddUser] username=zo\xc3\xab, syshash=b:c, smbhash=a, email=", "= code 0",
-                "1311 [syscmd:AddAccountHandler] :AddUser zo\xc3\xab success", "= response success"},
+            .trace = {nobody("zo\xc3\xab"), said("AddUser: 474", "zo\xc3\xab", "b:c", "a", ""), added("zo\xc3\xab")},
             .requests = {"[zo\xc3\xab]", "<SysHash><![CDATA[b:c]]>"},
-        },
-        Case{
-            .name = "refusesAnEmptyPair",
-            .params = {"adduser", "zoe", "", "z@x"},
-            .code = CODE_FAILED,
-            .response = "AddUser failed",
-            .trace = {NO_DATA, "455 ERROR [syscmd:AddUser] invalid hash value []",
-                "1316 ERROR [syscmd:AddAccountHandler] :AddUser zoe failed with code=-1", "= code 1",
-                "= response AddUser failed"},
-            .requests = {"[zoe]"},
         },
         Case{
             .name = "needsThreeParameters",
             .params = {"adduser", "zoe", PAIR},
             .code = CODE_FAILED,
             .response = "Add User: error reading username/password/email params from request",
-            .trace = {"1325 ERROR [syscmd:AddAccountHandler]: AddUser error reading "
-                      "username/password/email params from request",
-                "= code 1", "= response Add User: error reading username/password/email params from request"},
+            .trace = {said("AddAccountHandler: 1325"), "code 1",
+                "response Add User: error reading username/password/email params from request"},
         },
-        failedAddition("refused", "refuse 'disk full'",
-            {"502 ERROR [syscmd:AddUser]: AddUser failed", "504 ERROR [syscmd:AddUser]: MXL error disk full"}),
-        failedAddition("refusedWithoutWords", "refuse-bare", NO_DETAIL),
-        failedAddition("replyOfGarbage", "reply hello", NO_DETAIL),
-        failedAddition("replyOfOtherCase", "reply '<xs:response status=\"SUCCESS\">'", NO_DETAIL),
-        failedAddition("replyWithStatusNotLast", "reply '<xs:response status=\"success\" id=\"1\">'", NO_DETAIL),
-        failedAddition("replySelfClosing", "reply '<xs:response status=\"success\"/>'", NO_DETAIL),
-        failedAddition("replyEmpty", "reply ''", NO_DETAIL), failedAddition("replyCutShort", "cut 60", NO_DETAIL),
-        failedAddition("noReply", "no-reply", {"522 ERROR [syscmd:AddUser]: respond is NULL"}),
-        failedAddition("callFailed", "fail", {"527 ERROR [syscmd:AddUser]: process_request_bwdclient failed"})),
+        taken("leavesAnotherGroupsAccount", "dave", "", asking("dave")),
+        // The system knows its id; the group is another record's.
+        taken("leavesTheSystemsAccount", "bob",
+            order("reply '<xs:response status=\"success\"><User id=\"7\"><User_Id>7</User_Id>"
+                  "<Group_Name><![CDATA[sky-hol]]></Group_Name><User_Name><![CDATA[bo]]></User_Name></User>'"),
+            askingInVain("bob", 0)),
+        badPair("emptyPair", "", ""), badPair("pairWithoutColon", "YWJj", "abc"),
+        failedAddition("refused", "refuse 'disk full'", refused("disk full")),
+        failedAddition("refusedWithoutWords", "refuse-bare", refused("")),
+        failedAddition("replyOfGarbage", "reply hello", refused("")),
+        failedAddition("replyOfOtherCase", "reply '<xs:response status=\"SUCCESS\">'", refused("")),
+        failedAddition("replyEmpty", "reply ''", refused("")), failedAddition("replyCutShort", "cut 60", refused("")),
+        failedAddition("noReply", "no-reply", said("AddUser: 522")),
+        failedAddition("callFailed", "fail", said("AddUser: 527"))),
     caseName);
 
 } // namespace

@@ -3,34 +3,39 @@
 
 namespace {
 
-Case deletion(const char* name, const std::string& user, const std::string& prepare, const Texts& statements,
+Case deletion(const char* name, const std::string& user, const std::string& prepare, const Trace& statements,
     const Texts& requests, const std::string& check)
 {
     return {
         .name = name,
         .params = {"deleteuser", user, "p2p"},
         .prepare = prepare,
-        .trace = joined({statements,
-            {"1402 [syscmd:DeleteAccountHandler: DelUser " + user + " success", "= code 0", "= response success"}}),
+        .trace = {statements, said("DeleteAccountHandler: 1402", user), "code 0", "response success"},
         .requests = requests,
         .check = check,
     };
 }
 
+/** A deletion of what the daemon knows, or the system; the remote-access user is not there. */
+Case deleted(const char* name, const std::string& user, const std::string& prepare, const Trace& found,
+    const std::string& id, const std::string& check)
+{
+    return deletion(name, user, prepare, {found, noRemoteUser("p2p", 2)},
+        {"[" + user.substr(0, 31) + "]", "resource-id=\"" + id + "\"", "UserName=\"p2p\""}, check);
+}
+
 /** A deletion that fails; the answer depends on the at sign alone. */
-Case failedDeletion(const char* name, const std::string& user, const std::string& ordered, const Texts& statements,
+Case failedDeletion(const char* name, const std::string& user, const std::string& ordered, const Trace& statements,
     const Texts& requests)
 {
     Case asked = deletion(name, user, ordered, {}, requests, "getent passwd bob");
     if (user.find('@') != std::string::npos) {
-        asked.trace = joined({statements, {"= code 0", "= response success"}});
+        asked.trace = {statements, "code 0", "response success"};
         return asked;
     }
     asked.code = CODE_FAILED;
     asked.response = "DeleteUser failed";
-    asked.trace =
-        joined({statements, {"1415 ERROR [syscmd:DeleteAccountHandler]: DelUser " + user + " failed with code=-1",
-                                "= code 1", "= response DeleteUser failed"}});
+    asked.trace = {statements, said("DeleteAccountHandler: 1415", user, -1), "code 1", "response DeleteUser failed"};
     return asked;
 }
 
@@ -42,48 +47,69 @@ std::string record(const std::string& name, const std::string& id, const std::st
                  "]]></User_Name></User></xs:response>'");
 }
 
-const std::string NO_MATCH = "* ERROR [syscmd:GetUserData]: GetUserData and User Group failed";
-const std::string NO_DATA = "* ERROR [syscmd:DelUser]: GetUserData failed";
+/** GetUserData fails for the reason that `why` tells, if it says so. */
+Trace unasked(const std::string& name, const Trace& why)
+{
+    return {asking(name), why, said("DelUser: GetUserData failed")};
+}
+
 const Texts BOB = {"[bob]", "resource-id=\"1002\""};
 
 INSTANTIATE_TEST_SUITE_P(DeleteAccount, Operation,
-    testing::Values(deletion("cloudAccount", "bob", "", {}, joined({BOB, {"UserName=\"p2p\""}}),
-                        "! getent passwd bob && grep -q 'DelNetwork failed.*No remote user' "
-                        "/var/log/shbroker.log"),
-        deletion("anyOtherAccount", "dave", "", {}, {"[dave]", "resource-id=\"1004\"", "UserName=\"p2p\""},
+    testing::Values(deleted("cloudAccount", "bob", "", {asking("bob")}, "1002", "! getent passwd bob"),
+        deleted("anyOtherAccount", "dave", "", {asking("dave")}, "1004", "! getent passwd dave"),
+        deleted("firstBytesOfALongName", NAME_40, record(NAME_31, "1002", "sky-hold"), {asking(NAME_31)}, "1002",
+            "! getent passwd bob"),
+        deleted("idOfThePasswordDatabase", "dave", record("other", "7", "share"), askingInVain("dave", 0), "1004",
             "! getent passwd dave"),
-        deletion("firstBytesOfALongName", NAME_40, record(NAME_31, "1002", "sky-hold"), {},
-            {"[" + NAME_31 + "]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! getent passwd bob"),
-        deletion("idOfThePasswordDatabase", "dave", record("other", "7", "share"), {NO_MATCH},
-            {"[dave]", "resource-id=\"1004\"", "UserName=\"p2p\""}, "! getent passwd dave"),
-        deletion("leafUserMatchesAnyName", "zoe", record("leafuser_1", "1003", "sky-hold"), {},
-            {"[zoe]", "resource-id=\"1003\"", "UserName=\"p2p\""}, "! getent passwd carol"),
-        deletion("nobodyWithAGroup", "zoe", record("other", "7", "share"), {NO_MATCH}, {"[zoe]"}, "getent passwd bob"),
-        deletion("nobodyWithoutAtSign", "zoe", record("other", "7", ""), {NO_MATCH}, {"[zoe]"}, ""),
-        deletion("remoteUserNotReached", "bob", order("fail", 2), {"* ERROR [syscmd:DelNetwork]: SendMXLtoBWD failed"},
-            joined({BOB, {"UserName=\"p2p\""}}), "! getent passwd bob"),
-        failedDeletion("nobodyWithAtSign", "z@x", record("other", "7", ""), {NO_MATCH}, {"[z@x]", "UserName=\"p2p\""}),
-        failedDeletion("noRecord", "zoe", "", {NO_DATA}, {"[zoe]"}),
-        failedDeletion("noRecordAtSign", "z@x", "", {NO_DATA}, {"[z@x]"}),
+        deleted("recordOfThatNameInOtherCase", "dave", record("Dave", "1002", "share"), askingInVain("dave", 0), "1004",
+            "! getent passwd dave"),
+        deleted("recordWithoutId", "dave", record("dave", "", "share"), askingInVain("dave", 0), "1004",
+            "! getent passwd dave"),
+        deleted("recordWithoutGroup", "dave", record("dave", "1002", ""), askingInVain("dave", 0), "1004",
+            "! getent passwd dave"),
+        deleted("leafUserMatchesAnyName", "zoe", record("leafuser_1", "1003", "sky-hold"), {asking("zoe")}, "1003",
+            "! getent passwd carol"),
+        deletion("nobodyWithAGroup", "zoe", record("other", "7", "share"), askingInVain("zoe", 0), {"[zoe]"},
+            "getent passwd bob"),
+        deletion("nobodyWithAtSignAndGroup", "z@x", record("other", "7", "share"), askingInVain("z@x", 0), {"[z@x]"},
+            "getent passwd bob"),
+        deletion("nobodyWithoutAtSign", "zoe", record("other", "7", ""), askingInVain("zoe", 0), {"[zoe]"}, ""),
+        deletion("nobodyWithAtSignBehindTheName", NAME_31 + "@x", record("other", "7", ""), askingInVain(NAME_31, 0),
+            {"[" + NAME_31 + "]"}, ""),
+        deletion("remoteUserToo", "bob",
+            R"(sed 's/"remote_users": \[/&{"name": "p2p", "full_name": ""}/' )" SEED_FILE " | boxwelld seed -",
+            {asking("bob")}, {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! boxwelld show | grep p2p"),
+        deletion("remoteUserNotReached", "bob", order("fail", 2), {asking("bob"), said("DelNetwork: SendMXLtoBWD")},
+            {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! getent passwd bob"),
+        deletion("remoteUserUnanswered", "bob", order("no-reply", 2), {asking("bob"), said("DelNetwork: SendMXLtoBWD")},
+            {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! getent passwd bob"),
+        failedDeletion("nobodyWithAtSign", "z@x", record("other", "7", ""),
+            {askingInVain("z@x", 0), noRemoteUser("p2p", 1)}, {"[z@x]", "UserName=\"p2p\""}),
+        failedDeletion("noRecord", "zoe", "", unasked("zoe", {}), {"[zoe]"}),
+        failedDeletion("noRecordAtSign", "z@x", "", unasked("z@x", {}), {"[z@x]"}),
+        failedDeletion("noRecordAtSignBehindTheName", NAME_31 + "@x", "", unasked(NAME_31, {}), {"[" + NAME_31 + "]"}),
         failedDeletion("deletionRefused", "bob", order("refuse busy", 1),
-            {"* ERROR [syscmd:DelUser]: DelUser failed", "* ERROR [syscmd:DelUser]: busy"}, BOB),
+            {asking("bob"), said("DelUser: DelUser failed"), said("DelUser: ]: %s", "busy")}, BOB),
         failedDeletion("deletionFailed", "bob", order("fail", 1),
-            {"* ERROR [syscmd:DelUser]: process_request_bwdclient failed"}, BOB),
+            {asking("bob"), said("DelUser: process_request_bwdclient")}, BOB),
         failedDeletion("deletionUnanswered", "bob", order("no-reply", 1),
-            {"* ERROR [syscmd:DelUser]: respond is not initialized"}, BOB),
+            {asking("bob"), said("DelUser: respond is not initialized")}, BOB),
         failedDeletion("queryRefused", "bob", order("refuse busy"),
-            {"* ERROR [syscmd:GetUserData]: MXL error busy", NO_DATA}, {"[bob]"}),
+            unasked("bob", {said("GetUserData: MXL error", "busy")}), {"[bob]"}),
         failedDeletion("queryRefusedWithoutEnd", "bob", order("reply '<xs:error-details><![CDATA[bu'"),
-            {"* ERROR [syscmd:GetUserData]: MXL error bu", NO_DATA}, {"[bob]"}),
+            unasked("bob", {said("GetUserData: MXL error", "bu")}), {"[bob]"}),
         failedDeletion("queryFailed", "bob", order("fail"),
-            {"* ERROR [syscmd:GetUserData]: process_request_bwdclient failed", NO_DATA}, {"[bob]"}),
+            unasked("bob", {said("GetUserData: process_request_bwdclient")}), {"[bob]"}),
         failedDeletion("queryUnanswered", "bob", order("no-reply"),
-            {"* ERROR [syscmd:GetUserData]: respond is NULL", NO_DATA}, {"[bob]"}),
+            unasked("bob", {said("GetUserData: respond is NULL")}), {"[bob]"}),
         Case{
             .name = "byAMember",
             .params = {"deleteuser", "carol", ""},
             .credentials = "bob:secret",
-            .trace = {"1402 [syscmd:DeleteAccountHandler: DelUser carol success", "= code 0", "= response success"},
+            .access = {access("bob", 0, 1)},
+            .trace = {asking("carol"), noRemoteUser("", 3), said("DeleteAccountHandler: 1402", "carol"), "code 0",
+                "response success"},
             .requests = {"[bob]", "[carol]", "resource-id=\"1003\"", "UserName=\"\""},
             .check = "! getent passwd carol",
         },
@@ -92,10 +118,8 @@ INSTANTIATE_TEST_SUITE_P(DeleteAccount, Operation,
             .params = {"deleteuser", "bob"},
             .code = CODE_FAILED,
             .response = "Delete User: error reading username/password params from request",
-            .trace = {"= code 1",
-                "1425 ERROR [syscmd:DeleteAccountHandler]: DeleteUser error reading "
-                "username/password/email params from request",
-                "= response Delete User: error reading username/password params from request"},
+            .trace = {"code 1", said("DeleteAccountHandler: 1425"),
+                "response Delete User: error reading username/password params from request"},
         }),
     caseName);
 

@@ -2,22 +2,27 @@
 // kernel lets us; elsewhere its refusal.
 #include "tests/syscmd/operation_case.h"
 
+#include <cerrno>
+
 namespace {
 
 const std::string SESSIONS = "/opt/skyhold/etc/local_sessions/";
 const std::string IN_SESSIONS = "cd " + SESSIONS + " && ";
 
-Case recorded(const char* name, const std::string& user, const std::string& token, const std::string& expires,
-    const std::string& prepare, const Texts& statements, const std::string& check)
+Trace recording(const std::string& user, const Trace& statements)
 {
-    const std::string cut = user.substr(0, 31);
+    return {said("InitLocalSessionHandler: the user of the session", user), statements, "code 0",
+        said("InitLocalSessionHandler: success", user), "response success"};
+}
+
+Case recorded(const char* name, const std::string& user, const std::string& token, const std::string& expires,
+    const std::string& prepare, const Trace& statements, const std::string& check)
+{
     return {
         .name = name,
         .params = {"initlocalsession", user, token, expires},
         .prepare = prepare,
-        .trace = joined({{"* [syscmd:InitLocalSessionHandler]: InitLocalSession " + cut}, statements,
-            {"= code 0", "* [syscmd:InitLocalSessionHandler]: InitLocalSession " + cut + " success",
-                "= response success"}}),
+        .trace = recording(user.substr(0, 31), statements),
         .check = check,
     };
 }
@@ -30,12 +35,13 @@ std::string record(const std::string& token, const std::string& user, int age, b
            std::to_string(age) + ")) " + path + (pinned ? " && chattr +i " + path + "; " : "; ");
 }
 
-std::string saidRemoved(const std::string& token)
+Said removing(const std::string& token)
 {
-    return "* [CleanupObsoleteLocalSessions] REMOVE file " + token + " timestamp ~";
+    return said("CleanupObsoleteLocalSessions: REMOVE", token, like("-?[0-9]+"), like("[0-9]+"));
 }
 
-const std::string SAID_PINNED = "* [CleanupObsoleteLocalSessions] set immutable flag on file " + SESSIONS + "t";
+const Said PINNING = said("UpdateLocalSessionRecords: set immutable flag", SESSIONS + "t");
+const std::string EMPTY = "test -d " + SESSIONS + " && test -z \"$(ls -A " + SESSIONS + ")\"";
 const std::string PATH_OF_255(255 - SESSIONS.size(), 't');
 constexpr int DAY = 86400;
 
@@ -45,10 +51,10 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
                             "test \"$(stat -c %a t)\" = 4 && test \"$(cat t)\" = " + NAME_31),
         recorded("rewritesARecord", "bob", "t", "", record("t", "carol", DAY - 60), {},
             IN_SESSIONS + "test \"$(cat t)\" = bob && test $(($(date +%s) - $(stat -c %Y t))) -lt 60"),
-        recorded("emptyToken", "bob", "", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
-        recorded("tokenIntoNowhere", "bob", "a/b", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
+        recorded("emptyToken", "bob", "", "1", "", {}, EMPTY),
+        recorded("tokenIntoNowhere", "bob", "a/b", "1", "", {}, EMPTY),
         recorded("longestPath", "bob", PATH_OF_255, "1", "", {}, "test -f " + SESSIONS + PATH_OF_255),
-        recorded("pathTooLong", "bob", PATH_OF_255 + "t", "1", "", {}, "test -z \"$(ls -A " + SESSIONS + ")\""),
+        recorded("pathTooLong", "bob", PATH_OF_255 + "t", "1", "", {}, EMPTY),
         recorded("directoryIsAFile", "bob", "t", "1", "rm -rf " + SESSIONS + "; : > /opt/skyhold/etc/local_sessions",
             {}, "test -f /opt/skyhold/etc/local_sessions; rm /opt/skyhold/etc/local_sessions"),
         // Two of them are dated beyond what 32 bits hold.
@@ -57,17 +63,16 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
                 "touch -d @-2208988800 " + SESSIONS + "c; touch -d 2100-01-01 " + SESSIONS +
                 "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS + "d; ln -s /etc/passwd " + SESSIONS +
                 "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
-            {saidRemoved("a"), saidRemoved("c")},
+            {removing("a"), removing("c")},
             "test \"$(ls " + SESSIONS + " | xargs)\" = 'b d l t' && ! test -e /dev/shm/a && rm /dev/shm/b"),
         Case{
             .name = "directoryCannotBeMade",
             .params = {"initlocalsession", "bob", "t", "1"},
             .credentials = "bob:secret",
             .prepare = "rm -r /opt/skyhold/etc",
-            .trace = {"* [syscmd:InitLocalSessionHandler]: InitLocalSession bob",
-                "* [UpdateLocalSessionRecords] mkdir /opt/skyhold/etc/local_sessions failed; "
-                "errno=2",
-                "= code 0", "* [syscmd:InitLocalSessionHandler]: InitLocalSession bob success", "= response success"},
+            .access = {access("bob", 0, 1)},
+            .trace = recording(
+                "bob", {said("UpdateLocalSessionRecords: mkdir", "/opt/skyhold/etc/local_sessions", ENOENT)}),
             .requests = {"[bob]"},
             .check = "mkdir /opt/skyhold/etc",
         },
@@ -76,11 +81,8 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
             .params = {"initlocalsession", "bob", "t"},
             .code = CODE_FAILED,
             .response = "InitLocalSession: error reading username/token/sessionid/seed params from request",
-            .trace = {"* ERROR [syscmd:InitLocalSessionHandler]: error reading username/password/email "
-                      "params from request",
-                "= code 1",
-                "= response InitLocalSession: error reading username/token/sessionid/seed params "
-                "from request"},
+            .trace = {said("InitLocalSessionHandler: error reading"), "code 1",
+                "response InitLocalSession: error reading username/token/sessionid/seed params from request"},
         }),
     caseName);
 
@@ -94,25 +96,25 @@ bool canPin()
 
 std::vector<Case> pinning()
 {
-    const std::string unread = "* [CleanupObsoleteLocalSessions] Unable to read username from file e ";
+    const Said unread = said("CleanupObsoleteLocalSessions: Unable to read", "e");
     if (!canPin()) {
         return {recorded("refusedByTheKernel", "bob", "t", "0", record("e", "", 0),
-            {unread, SAID_PINNED,
-                "* [UpdateLocalSessionRecords]  ioctl failed on " + SESSIONS + "t: Operation not permitted"},
+            {unread, PINNING,
+                said("UpdateLocalSessionRecords: ioctl failed", SESSIONS + "t", "Operation not permitted")},
             "test \"$(stat -c %a " + SESSIONS + "t)\" = 4")};
     }
     const auto reset = [](const std::string& token) {
-        return "* [CleanupObsoleteLocalSessions] reset immutable flag on file " + token;
+        return said("CleanupObsoleteLocalSessions: reset immutable flag", token);
     };
     const std::string pinned = IN_SESSIONS + "lsattr ";
     return {
-        recorded("pins", "bob", "t", "0", record("e", "", 0), {unread, SAID_PINNED},
-            "umask 022; " + pinned + "t | cut -d ' ' -f 1 | grep i && " + IN_SESSIONS +
+        recorded("pins", "bob", "t", "0", record("e", "", 0), {unread, PINNING},
+            pinned + "t | cut -d ' ' -f 1 | grep i && " + IN_SESSIONS +
                 "test \"$(stat -c %a t)\" != 4 && test \"$(cat t)\" = bob"),
         recorded("unpinsTheUsersOwn", "bob", "t", "0",
             record("a", "bob", 60, true) + record("b", "bob\\r\\nx", DAY + 60, true) +
                 record("c", "carol", DAY + 60, true),
-            {reset("a"), reset("b"), saidRemoved("b"), saidRemoved("c"), SAID_PINNED},
+            {reset("a"), reset("b"), removing("b"), removing("c"), PINNING},
             IN_SESSIONS + "test \"$(ls | xargs)\" = 'a c t' && lsattr a | cut -d ' ' -f 1 | grep -v i && "
                           "lsattr c | cut -d ' ' -f 1 | grep i"),
         recorded("onlyZeroPins", "bob", "t", "00", record("a", "bob", 60, true), {},

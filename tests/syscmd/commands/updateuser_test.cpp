@@ -3,31 +3,39 @@
 
 namespace {
 
-std::string saidHandler(const std::string& user)
+/** The exchange of an update of which INFO tells. */
+Trace exchanged(const Said& info, int exchange)
 {
-    return "* syscmd:UpdateUserHandler " + user;
+    return {
+        info, said("UpdateUser: syscmd:request", sent(exchange)), said("UpdateUser: syscmd:respond", answer(exchange))};
 }
 
-std::string saidUpdate(
-    const std::string& name, const std::string& group, const std::string& email, const std::string& p2p)
+/** The change that the commands of this file ask for. */
+Said changing(const std::string& name, const std::string& group, const std::string& email, const std::string& p2p)
 {
-    return "* [syscmd:UpdateUser] username=" + name + ", smbhash=SMB, syshash=$1$salt$system, group=" + group +
-           ", email=" + email + " p2pusername=" + p2p;
+    return said("UpdateUser: syshash=%s, group=%s, email", name, "SMB", "$1$salt$system", group, email, p2p);
+}
+
+/** The account that is in the way gets a name of its own. */
+Trace renaming(const std::string& name, int exchange)
+{
+    return exchanged(said("UpdateUser: in the way", like(name + "[0-9a-f]{4}")), exchange);
 }
 
 Case updated(
-    const char* name, const Texts& params, const Texts& statements, const Texts& requests, const std::string& check)
+    const char* name, const Texts& params, const Trace& statements, const Texts& requests, const std::string& check)
 {
     return {
         .name = name,
         .params = params,
-        .trace = joined({{"= code 0", saidHandler(params[1].substr(0, 31))}, statements, {"= response success"}}),
+        .trace = {"code 0", said("UpdateUserHandler: the account that is to change", params[1].substr(0, 31)),
+            statements, {"response success"}},
         .requests = requests,
         .check = check,
     };
 }
 
-Case notUpdated(const char* name, const Texts& params, const std::string& prepare, const Texts& statements,
+Case notUpdated(const char* name, const Texts& params, const std::string& prepare, const Trace& statements,
     const Texts& requests, const std::string& check = "", const std::string& response = "UpdateUser failed")
 {
     Case asked = updated(name, params, statements, requests, check);
@@ -35,103 +43,123 @@ Case notUpdated(const char* name, const Texts& params, const std::string& prepar
     asked.code = CODE_FAILED;
     asked.response = response;
     asked.trace.pop_back();
-    asked.trace = joined({asked.trace, {"= code 1", "= response " + response}});
+    asked.trace = {asked.trace, "code 1", "response " + response};
     return asked;
 }
 
-const Texts BOB = {"updateuser", "bob", PAIR, "bob@new", "bob"};
-const Texts ALICE = {"updateuser", "alice", PAIR, "alice@new", "alice"};
-/** bob's own account answers to the peer-to-peer name, and is moved out of the way first. */
-const std::string SAID_BOB = saidUpdate("bob@new", "sky-hold", "bob@new", "b-p2p");
-const Texts BOB_P2P = {"updateuser", "bob", PAIR, "bob@new", "b-p2p"};
+const Texts BOB = {"updateuser", "bob", PAIR, "bob@new", "b-p2p"};
 const Texts BOB_SENT = {"[bob@new]", "[b-p2p]", "Authorization: alice\r\n"};
+const Said BOB_INFO = changing("bob@new", "sky-hold", "bob@new", "b-p2p");
+/** Nobody bears the new name, nor the peer-to-peer user's. */
+const Trace BOB_ASKED = {asking("bob@new"), asking("b-p2p")};
+const Trace BOB_FAILED = {said("UpdateUserHandler: UpdateUser %s failed", "bob", -1)};
 
 /** Succeeds when the events are this many, the last naming these three. */
 std::string events(int count, const std::string& user, const std::string& new_user, const std::string& cloud_user)
 {
     return "test \"$(wc -l < /var/lib/device/events.jsonl)\" = " + std::to_string(count) +
-           " && tail -n 1 /var/lib/device/events.jsonl | grep -qE '^\\[\"shell\", \"boxwelld\", "
-           "\"<xs:add-s resource-type=.*LOGMSG_SKYHOLD_RENAME_LOCAL_USER_IF_EXIST.* user=\\\\\"" +
-           user + "\\\\\" newuser=\\\\\"" + new_user + "\\\\\" clouduser=\\\\\"" + cloud_user +
-           "\\\\\"/></Log></xs:add-s>\", \"0\", \"0\"\\]$'";
+           R"( && tail -n 1 /var/lib/device/events.jsonl | grep -qE '^\["shell", "boxwelld", "<xs:add-s )"
+           R"(resource-type=\\"Log\\" resource-id=\\"Log\\"><Log severity=\\"warning\\" )"
+           R"(message-tag=\\"LOGMSG_SKYHOLD_RENAME_LOCAL_USER_IF_EXIST\\" category=\\"system\\">)"
+           R"(<args user=\\")" +
+           user + R"(\\" newuser=\\")" + new_user + R"(\\" clouduser=\\")" + cloud_user +
+           R"(\\"/></Log></xs:add-s>", "0", "0"\]$')";
 }
 
-const std::string ALICE_SAID = saidUpdate("alice@new", "admin", "alice@new", "a");
-const Texts ALICE_P2P = {"updateuser", "alice", PAIR, "alice@new", "a"};
+const Texts ALICE = {"updateuser", "alice", PAIR, "alice@new", "a"};
 const Texts ALICE_SENT = {"[alice@new]", "[a]", "Authorization: alice\r\n"};
+const Trace ALICE_SAID = {
+    asking("alice@new"), asking("a"), exchanged(changing("alice@new", "admin", "alice@new", "a"), 2)};
 
 /** A rename of the owner whose file cannot be rewritten for want of one piece of information. */
 Case withoutInformation(const char* name, const std::string& key)
 {
-    return notUpdated(name, ALICE_P2P, "rm /var/lib/device/info/" + key,
-        {ALICE_SAID, "* ERROR [syscmd:UpdateUserHandler] failed updating skyhold owner file"}, ALICE_SENT,
+    return notUpdated(name, ALICE, "rm /var/lib/device/info/" + key,
+        {ALICE_SAID, said("UpdateUserHandler: owner file")}, ALICE_SENT,
         "getent passwd alice@new && ! test -e " OWNER_FILE);
 }
 
+/** Success for an owner file of these two elements. */
+std::string ownerFile(const std::string& owner, const std::string& p2powner)
+{
+    return "test \"$(cat " OWNER_FILE "; echo .)\" = '<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+           "<registration><owner>" +
+           owner +
+           "</owner><model>BX-4200</model><firmware_id>2.31.204</firmware_id><firmware_time>1731936000</firmware_time>"
+           "<serial>BW24A1100317</serial><link_agent_id>LA-7C41-D09A</link_agent_id><p2powner>" +
+           p2powner + "</p2powner></registration>.'";
+}
+
 INSTANTIATE_TEST_SUITE_P(UpdateUser, Operation,
-    testing::Values(updated("renames", BOB_P2P, {SAID_BOB}, BOB_SENT,
+    testing::Values(updated("renames", BOB, {BOB_ASKED, exchanged(BOB_INFO, 2)}, BOB_SENT,
                         "boxwelld show | grep -E '1002 +bob@new +sky-hold +unlocked +bob@new'"),
         updated("p2pNameIsTheNewName", {"updateuser", "bob", PAIR, "dave2", "dave2"},
-            {saidUpdate("dave2", "sky-hold", "dave2", "dave2")}, {"Authorization"}, ""),
+            exchanged(changing("dave2", "sky-hold", "dave2", "dave2"), 0), {"Authorization"}, ""),
+        updated("nothingIsRenamed", {"updateuser", "bob", PAIR, "bob", "bob"},
+            exchanged(changing("bob", "sky-hold", "bob", "bob"), 0), {"Authorization"}, ""),
         updated("cutsToTheFirstBytes", {"updateuser", "bob", PAIR, NAME_40, "b-p2p"},
-            {saidUpdate(NAME_31, "sky-hold", NAME_40, "b-p2p")},
+            {asking(NAME_31), asking("b-p2p"), exchanged(changing(NAME_31, "sky-hold", NAME_40, "b-p2p"), 2)},
             {"[" + NAME_31 + "]", "[b-p2p]", "<Email_Address><![CDATA[" + NAME_40 + "]]>"}, "getent passwd " + NAME_31),
         updated("localAccountGivesWay", {"updateuser", "bob", PAIR, "dave", "b-p2p"},
-            {"* [syscmd:UpdateUser] username=dave~", saidUpdate("dave", "sky-hold", "dave", "b-p2p")},
+            {asking("dave"), renaming("dave", 1), asking("b-p2p"),
+                exchanged(changing("dave", "sky-hold", "dave", "b-p2p"), 3)},
             {"[dave]", "<User_Id>1004</User_Id>\t\t\t<User_Name>dave", "[b-p2p]",
                 "<User_Id>1002</User_Id>\t\t\t<User_Name>dave</User_Name>"},
             events(1, "dave", "dave[0-9a-f]{4}", "dave") + " && getent passwd | grep -E '^dave[0-9a-f]{4}:x:1004:'"),
         updated("p2pNameOfAnotherAccount", {"updateuser", "bob", PAIR, "bob", "dave"},
-            {"* [syscmd:UpdateUser] username=dave~", saidUpdate("bob", "sky-hold", "bob", "dave")},
+            {asking("dave"), renaming("dave", 1), exchanged(changing("bob", "sky-hold", "bob", "dave"), 2)},
             {"[dave]", "<User_Id>1004</User_Id>", "<User_Id>1002</User_Id>"},
             events(1, "dave", "dave[0-9a-f]{4}", "bob")),
-        updated("ownersFileIsRewritten", ALICE_P2P, {ALICE_SAID}, ALICE_SENT,
-            "test \"$(cat " OWNER_FILE ")\" = '<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-            "<registration><owner>alice@new</owner><model>BX-4200</model>"
-            "<firmware_id>2.31.204</firmware_id><firmware_time>1731936000</firmware_time>"
-            "<serial>BW24A1100317</serial><link_agent_id>LA-7C41-D09A</link_agent_id>"
-            "<p2powner>alice-p2p</p2powner></registration>' && "
-            "test \"$(tail -c 1 " OWNER_FILE ")\" = '>'"),
+        updated("ownersFileIsRewritten", ALICE, ALICE_SAID, ALICE_SENT, ownerFile("alice@new", "alice-p2p")),
         notUpdated("renameOfTheOtherRefused", {"updateuser", "bob", PAIR, "bob", "dave"},
             order("refuse 'x already exists'", 1),
-            {"* [syscmd:UpdateUser] username=dave~", "* ERROR [syscmd:UpdateUser]: Update failed",
-                "* ERROR [syscmd:UpdateUser]: MXL error x already exists",
-                "* ERROR [syscmd:renameLocalUserIfExists]: UpdateUser dave failed with code=-1",
-                "* [syscmd:UpdateUserHandler]: failed resolving username conflict with local "
-                "user for updated account bob"},
+            {asking("dave"), renaming("dave", 1), said("UpdateUser: the name is taken"),
+                said("UpdateUser: MXL error", "x already exists"),
+                said("renameLocalUserIfExists: failed with", "dave", -1),
+                said("UpdateUserHandler: failed resolving", "bob")},
             {"[dave]", "<User_Id>1004</User_Id>"},
             events(1, "dave", "dave[0-9a-f]{4}", "bob") + " && getent passwd dave"),
-        notUpdated("refused", BOB_P2P, order("refuse busy", 2),
-            {SAID_BOB, "* ERROR [syscmd:UpdateUser]: Update failed", "* ERROR [syscmd:UpdateUser]: MXL error busy",
-                "* ERROR [syscmd:UpdateUserHandler]: UpdateUser bob failed with code=-1"},
+        notUpdated("firstRenamesFailureIsForgotten", {"updateuser", "bob", PAIR, "dave", "b-p2p"},
+            order("refuse busy", 1),
+            {asking("dave"), renaming("dave", 1), said("UpdateUser: refused: another"),
+                said("UpdateUser: MXL error", "busy"), said("renameLocalUserIfExists: failed with", "dave", -1),
+                asking("b-p2p"), exchanged(changing("dave", "sky-hold", "dave", "b-p2p"), 3),
+                said("UpdateUser: the name is taken"), said("UpdateUser: MXL error", "User dave already exists"),
+                BOB_FAILED},
+            {"[dave]", "<User_Id>1004</User_Id>", "[b-p2p]", "<User_Id>1002</User_Id>"},
+            events(1, "dave", "dave[0-9a-f]{4}", "dave") + " && getent passwd dave"),
+        notUpdated("refused", BOB, order("refuse busy", 2),
+            {BOB_ASKED, exchanged(BOB_INFO, 2), said("UpdateUser: refused: another"),
+                said("UpdateUser: MXL error", "busy"), BOB_FAILED},
             BOB_SENT),
-        notUpdated("callFailed", BOB_P2P, order("fail", 2),
-            {SAID_BOB, "* ERROR [syscmd:UpdateUser]: process_request_bwdclient failed",
-                "* ERROR [syscmd:UpdateUserHandler]: UpdateUser bob failed with code=-1"},
+        notUpdated("callFailed", BOB, order("fail", 2),
+            {BOB_ASKED, BOB_INFO, said("UpdateUser: syscmd:request", sent(2)),
+                said("UpdateUser: process_request_bwdclient"), BOB_FAILED},
             BOB_SENT),
-        notUpdated("noReply", BOB_P2P, order("no-reply", 2),
-            {SAID_BOB, "* ERROR [syscmd:UpdateUser]: respond is not initialized",
-                "* ERROR [syscmd:UpdateUserHandler]: UpdateUser bob failed with code=-1"},
+        notUpdated("noReply", BOB, order("no-reply", 2),
+            {BOB_ASKED, BOB_INFO, said("UpdateUser: syscmd:request", sent(2)),
+                said("UpdateUser: respond is not initialized"), BOB_FAILED},
             BOB_SENT),
         notUpdated("pairWithoutColon", {"updateuser", "bob", "YWJj", "bob@new", "bob@new"}, "",
-            {"* ERROR [syscmd:UpdateUser] invalid hash value abc[YWJj]",
-                "* ERROR [syscmd:UpdateUserHandler]: UpdateUser bob failed with code=-1"},
-            {}, "getent passwd bob"),
+            {said("UpdateUser: invalid hash value", "abc", "YWJj"), BOB_FAILED}, {}, "getent passwd bob"),
         notUpdated("nobody", {"updateuser", "zoe", PAIR, "zoe@new", "zoe@new"}, "",
-            {"* ERROR [syscmd:UpdateUserHandler]: Failed getting user zoe id"}, {}, "",
+            {said("UpdateUserHandler: Failed getting user", "zoe")}, {}, "",
+            "UpdateUser failed: unable to get local user id"),
+        notUpdated("cutsThePresentName", {"updateuser", NAME_40, PAIR, "zoe@new", "zoe@new"}, "",
+            {said("UpdateUserHandler: Failed getting user", NAME_31)}, {}, "",
             "UpdateUser failed: unable to get local user id"),
         withoutInformation("noModel", "Model"), withoutInformation("noFirmwareVersion", "Firmware_Version"),
         withoutInformation("noFirmwareTime", "Firmware_Time"), withoutInformation("noSerial", "Serial"),
         Case{
             .name = "byAMemberOfAnOwnerlessDevice",
-            .params = BOB_P2P,
+            .params = BOB,
             .credentials = "bob:secret",
             .prepare = "rm " OWNER_FILE,
             .code = CODE_FAILED,
             .response = "UpdateUser failed",
-            .trace = {"= code 0", saidHandler("bob"), "* ERROR [syscmd:UpdateUser]: owner file unreadable",
-                "* ERROR [syscmd:UpdateUserHandler]: UpdateUser bob failed with code=-1", "= code 1",
-                "= response UpdateUser failed"},
+            .access = {access("bob", 0, 1)},
+            .trace = {"code 0", said("UpdateUserHandler: the account that is to change", "bob"), BOB_ASKED,
+                said("UpdateUser: owner file unreadable"), BOB_FAILED, "code 1", "response UpdateUser failed"},
             .requests = {"[bob]", "[bob@new]", "[b-p2p]"},
         },
         Case{
@@ -139,12 +167,8 @@ INSTANTIATE_TEST_SUITE_P(UpdateUser, Operation,
             .params = {"updateuser", "bob", PAIR, "bob@new"},
             .code = CODE_FAILED,
             .response = "Update User: error reading username/password/email params from request",
-            .trace = {"= code 0",
-                "* ERROR [syscmd:UpdateUserHandler]: Update User: error reading "
-                "username/password/email params from request",
-                "= code 1",
-                "= response Update User: error reading username/password/email params from "
-                "request"},
+            .trace = {"code 0", said("UpdateUserHandler: error reading"), "code 1",
+                "response Update User: error reading username/password/email params from request"},
         }),
     caseName);
 
