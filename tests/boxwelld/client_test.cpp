@@ -112,8 +112,8 @@ class Waiting {
 TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
 {
     const Daemon daemon(600000);
-    setenv("BOXWELLD_TIMEOUT_MS", "20000", 1);
-    const std::string text(8 << 20, 'x');
+    setenv("BOXWELLD_TIMEOUT_MS", "200000", 1);
+    const std::string text(1 << 20, 'x');
     daemon.write("long", text);
     daemon.run("order reply @" + daemon.path("long") + " --count 2");
     const Waiting deaf(daemon, 1, "\0\0\0\7request"s);
