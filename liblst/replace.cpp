@@ -86,7 +86,7 @@ std::size_t spare(std::size_t needed, std::size_t made, std::size_t taken, std::
         return 0;
     }
     const double growth = static_cast<double>(made - taken) / static_cast<double>(taken);
-    const double expected = growth * static_cast<double>(rest) + static_cast<double>(needed / 8);
+    const double expected = growth * static_cast<double>(rest) + static_cast<double>(needed) / 8;
     const std::size_t most = std::min(needed, SIZE_MAX - needed);
     return expected < static_cast<double>(most) ? static_cast<std::size_t>(expected) : most;
 }
