@@ -114,8 +114,8 @@ class Waiting {
 TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
 {
     const Daemon daemon(600000);
-    setenv("BOXWELLD_TIMEOUT_MS", "20000", 1);
-    const std::string text(8 << 20, 'x');
+    setenv("BOXWELLD_TIMEOUT_MS", "120000", 1);
+    const std::string text(1 << 20, 'x');
     daemon.write("long", text);
     daemon.run("order reply @" + daemon.path("long") + " --count 2");
     const Waiting deaf(daemon, 1, "\0\0\0\7request"s);
@@ -131,7 +131,7 @@ TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
 TEST(Server, LeavesWhoIsSilentAndThoseItCannotUnderstand)
 {
     const Daemon daemon(300);
-    setenv("BOXWELLD_TIMEOUT_MS", "20000", 1);
+    setenv("BOXWELLD_TIMEOUT_MS", "120000", 1);
     const Waiting silent(daemon, 300, ""); // more than it has beside each other
     EXPECT_THAT(call(find_user("bob")).reply, HasSubstr("success"));
     const Waiting slow(daemon, 1, "\0\0\0\7re"s);
