@@ -80,14 +80,16 @@ TEST(Client, FailsWithoutReachingForWhatThePeerDidNotSend)
     EXPECT_NE(process_request_bwdclient(nullptr, 0, nullptr, nullptr), 0);
 }
 
-/** Clients of the daemon that send so much and then wait. */
+/** Clients of the daemon that send so much and then wait; `ends`: nothing more is to come of them. */
 class Waiting {
   public:
-    Waiting(const Daemon& daemon, int count, const std::string& sent)
+    Waiting(const Daemon& daemon, int count, const std::string& sent, bool ends = false)
     {
         for (int i = 0; i < count; ++i) {
             clients_.push_back(local_socket(connect, daemon.path("socket")));
             send(clients_.back(), sent.data(), sent.size(), MSG_NOSIGNAL);
+            if (ends)
+                shutdown(clients_.back(), SHUT_WR);
         }
     }
     Waiting(const Waiting&) = delete;
@@ -112,7 +114,7 @@ class Waiting {
 TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
 {
     const Daemon daemon(600000);
-    setenv("BOXWELLD_TIMEOUT_MS", "200000", 1);
+    setenv("BOXWELLD_TIMEOUT_MS", "120000", 1);
     const std::string text(1 << 20, 'x');
     daemon.write("long", text);
     daemon.run("order reply @" + daemon.path("long") + " --count 2");
@@ -120,7 +122,8 @@ TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
     const Waiting silent(daemon, 200, "");
     const Waiting slow(daemon, 1, "\0\0"s);
     const Waiting slower(daemon, 1, "\0\0\0\7re"s);
-    close(local_socket(connect, daemon.path("socket")));
+    const Waiting gone(daemon, 1, "\0\0\0\7re"s, true);
+    EXPECT_TRUE(gone.are_left()) << "long before its deadline";
     EXPECT_TRUE(call("request").reply == text);
     EXPECT_THAT(call(find_user("bob")).reply, HasSubstr("success"));
 }
@@ -128,7 +131,7 @@ TEST(Server, ServesOthersBesideClientsThatNeitherSendNorRead)
 TEST(Server, LeavesWhoIsSilentAndThoseItCannotUnderstand)
 {
     const Daemon daemon(300);
-    setenv("BOXWELLD_TIMEOUT_MS", "20000", 1);
+    setenv("BOXWELLD_TIMEOUT_MS", "120000", 1);
     const Waiting silent(daemon, 300, ""); // more than it has beside each other
     EXPECT_THAT(call(find_user("bob")).reply, HasSubstr("success"));
     const Waiting slow(daemon, 1, "\0\0\0\7re"s);
