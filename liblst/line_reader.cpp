@@ -162,8 +162,7 @@ EXPORTED char* ptGetFileRowFormat(const char* format, ...)
     if (path == nullptr) {
         return nullptr;
     }
-    AUTO_CLOSE_FD const int fd =
-        withoutInterruption([path] { return open(path, O_RDONLY | O_CLOEXEC); });
+    AUTO_CLOSE_FD const int fd = openPatiently(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         return nullptr;
     }

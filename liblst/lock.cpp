@@ -22,9 +22,7 @@ EXPORTED int lockF(const char* name)
     if (path == nullptr) {
         return -1;
     }
-    AUTO_CLOSE_FD int fd = withoutInterruption([path] {
-        return open(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    });
+    AUTO_CLOSE_FD int fd = openPatiently(path, O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (fd < 0) {
         return -1;
     }

@@ -1,6 +1,7 @@
 /** What a failed call means: to be made again, or an error. */
 #pragma once
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/types.h>
 
@@ -31,6 +32,12 @@ template<typename Call> auto withoutInterruption(const Call& call)
         }
         errno = error;
     }
+}
+
+/** open(), made again for as long as a signal interrupts it. */
+inline int openPatiently(const char* path, int flags, mode_t mode = 0)
+{
+    return withoutInterruption([=] { return open(path, flags, mode); });
 }
 
 /**

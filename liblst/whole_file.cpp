@@ -79,7 +79,7 @@ char* readToEnd(int fd, OnReadError on_error)
 
 int readFile(char** content, const char* path, OnReadError on_error)
 {
-    AUTO_CLOSE_FD int fd = withoutInterruption([path] { return open(path, O_RDONLY | O_CLOEXEC); });
+    AUTO_CLOSE_FD int fd = openPatiently(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         return -1;
     }
