@@ -58,6 +58,7 @@ arrows() {
 check 'layout (clang-format)' layout
 check 'shell scripts (shellcheck)' check_scripts
 check 'includes point one way' arrows
+check 'planted faults apply' tools/mutants --check
 check 'warnings of g++' warnings release
 check 'warnings of clang' warnings clang
 check 'analyzer of g++' analyzer
