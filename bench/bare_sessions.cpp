@@ -9,12 +9,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <vector>
 
 namespace {
 
@@ -41,47 +40,42 @@ void removeRecord(int directory, const char* name, time_t modified, time_t now)
     shm_unlink(object);
 }
 
-/** Names of the regular files, sorted as the sweep sorts them. */
-std::vector<std::string> sortedNames(DIR* records)
+int isRegular(const dirent* entry)
 {
-    std::vector<std::string> names;
-    while (const dirent* entry = readdir(records)) {
-        if (entry->d_type == DT_REG) {
-            names.emplace_back(entry->d_name);
-        }
-    }
-    std::sort(names.begin(), names.end(), [](const std::string& one, const std::string& other) {
-        return std::strcoll(one.c_str(), other.c_str()) < 0;
-    });
-    return names;
+    return entry->d_type == DT_REG ? 1 : 0;
 }
 
 } // namespace
 
 void bareSweep(const char* pin_owner)
 {
-    DIR* records = opendir(LOCAL_SESSION_DIRECTORY);
-    if (records == nullptr) {
+    const int directory = open(LOCAL_SESSION_DIRECTORY, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (directory < 0) {
         return;
     }
-    const int directory = dirfd(records);
-    const std::vector<std::string> names = sortedNames(records);
+    dirent** records = nullptr;
+    const int count = scandirat(directory, ".", &records, isRegular, alphasort);
     const time_t now = time(nullptr);
-    for (const std::string& name : names) {
+    for (int i = 0; i < count; ++i) {
+        const char* name = records[i]->d_name;
         struct stat status = {};
-        if (pin_owner != nullptr && belongsTo(directory, name.c_str(), pin_owner)) {
+        if (pin_owner != nullptr && belongsTo(directory, name, pin_owner)) {
             std::abort();
         }
-        fstatat(directory, name.c_str(), &status, 0);
+        fstatat(directory, name, &status, 0);
         if (now - status.st_mtime > 86400) {
-            removeRecord(directory, name.c_str(), status.st_mtime, now);
+            removeRecord(directory, name, status.st_mtime, now);
         }
+        std::free(records[i]);
     }
-    closedir(records);
+    std::free(records);
+    close(directory);
 }
 
 void bareRecord(const std::string& token, const std::string& username)
 {
+    struct stat status = {};
+    stat(LOCAL_SESSION_DIRECTORY, &status);
     char path[256];
     std::snprintf(path, sizeof path, "%s/%s", LOCAL_SESSION_DIRECTORY, token.c_str());
     const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);

@@ -4,7 +4,7 @@
 #include <string>
 
 /**
- * A sweep: readdir, the names sorted, then each in turn: fstatat, and for an expired record its
+ * A sweep: scandirat sorted by name, then each in turn: fstatat, and for an expired record its
  * statement, unlink and shm_unlink; where a user's pins are looked for, open and read. No record is
  * that user's.
  */

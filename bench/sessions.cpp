@@ -59,7 +59,7 @@ void benchSweep(
     if (!frame.wants(name)) {
         return;
     }
-    Case about = {.name = name, .against = "names sorted, then fstatat", .goal = goal};
+    Case about = {.name = name, .against = "scandirat, then fstatat", .goal = goal};
     if (pin_owner != nullptr) {
         about.against += ", open, read";
     }

@@ -52,3 +52,7 @@ struct Speaker {
 
 /** A log statement at its own line: `LOG(Error, "…\n")`. */
 #define LOG(level, ...) LOG_AT(__LINE__, level, __VA_ARGS__)
+
+/** What a routine says, by its own name, of an argument that is null. */
+#define LOG_INVALID_INPUT(line)                                                                    \
+    LOG_AT(line, Error, "ERROR [syscmd:%s]: invalid input arguments\n", __func__)

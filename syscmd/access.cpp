@@ -33,7 +33,7 @@ void identify(const char* login, int& is_owner, int& is_sh)
 int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_owner, int& is_sh)
 {
     if (pTx == nullptr) {
-        LOG_AT(1251, Error, "ERROR [syscmd:AuthenticateUser]: invalid arguments specified");
+        LOG_AT(1251, Error, "ERROR [syscmd:%s]: invalid arguments specified", __func__);
         return -2;
     }
     const Operation* known = findOperation(operation);
@@ -61,9 +61,9 @@ int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_ow
 
     LOG_AT(
         1282, Error,
-        "ERROR [syscmd:AuthenticateUser]: ACCESS DENIED for SYS: operation=%s login=%s is_owner=%d "
+        "ERROR [syscmd:%s]: ACCESS DENIED for SYS: operation=%s login=%s is_owner=%d "
         "is_sh=%d\n",
-        operation.c_str(), login, is_owner, is_sh
+        __func__, operation.c_str(), login, is_owner, is_sh
     );
     return -1;
 }

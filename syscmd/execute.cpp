@@ -4,13 +4,15 @@
 #include "syscmd/handler.h"
 #include "syscmd/operations.h"
 
+using namespace std::string_literals;
+
 namespace {
 
 constexpr Speaker EXECUTE = SPEAKER("execute");
 
 /** The response unless a handler has a better one. It exists from load on: the answer to exhausted
  * memory needs none. */
-const std::string FAILED_TEXT = "system command failed";
+const std::string FAILED_TEXT = "system command failed"s;
 
 /** Adds the one response parameter of a command; `answered` tells that it was added. */
 void answer(ITransaction& tx, const std::string& response, bool& answered)
@@ -23,14 +25,16 @@ void answer(ITransaction& tx, const std::string& response, bool& answered)
 void carryOut(ITransaction& tx, bool& answered)
 {
     MAX_LOG_LEVEL = tx.getLogLevel();
-    tx.setMoniker("/root/devices");
-    tx.setMethod("userstate");
-    tx.setBodyType("jobstate");
+    tx.setMoniker("/root/devices"s);
+    tx.setMethod("userstate"s);
+    tx.setBodyType("jobstate"s);
     std::string response = FAILED_TEXT;
 
     std::string name;
     if (!tx.getRequestParam(0, name)) {
-        LOG_AS_AT(EXECUTE, 1651, Error, "ERROR [syscmd:execute]: getRequestParam() failed\n");
+        LOG_AS_AT(
+            EXECUTE, 1651, Error, "ERROR [syscmd:%s]: getRequestParam() failed\n", EXECUTE.function
+        );
         fail(tx, response, "getRequestParam() failed");
         return answer(tx, response, answered);
     }
@@ -38,7 +42,7 @@ void carryOut(ITransaction& tx, bool& answered)
     int is_owner = 0;
     int is_sh = 0;
     if (AuthenticateUser(name, &tx, is_owner, is_sh) != SUCCESS) {
-        answer(tx, "access denied", answered);
+        answer(tx, "access denied"s, answered);
         return tx.setCode(CODE_FAILED);
     }
 
@@ -47,7 +51,8 @@ void carryOut(ITransaction& tx, bool& answered)
         operation->handle(&tx, response);
     } else {
         LOG_AS_AT(
-            EXECUTE, 1644, Error, "ERROR [syscmd:execute]: unknown operation: %s\n", name.c_str()
+            EXECUTE, 1644, Error, "ERROR [syscmd:%s]: unknown operation: %s\n", EXECUTE.function,
+            name.c_str()
         );
         fail(tx, response, "operation unknown");
     }
@@ -76,10 +81,10 @@ extern "C" void execute(ITransaction* pTx)
     try {
         carryOut(*pTx, answered);
     } catch (...) {
-        LOG(Error, "ERROR [syscmd:execute]: ended by an exception\n");
+        LOG(Error, "ERROR [syscmd:%s]: ended by an exception\n", __func__);
         succeeds([&] { pTx->setCode(CODE_FAILED); });
         if (!answered && !succeeds([&] { pTx->addResponseParam(FAILED_TEXT); })) {
-            LOG(Error, "ERROR [syscmd:execute]: no memory for a response\n");
+            LOG(Error, "ERROR [syscmd:%s]: no memory for a response\n", __func__);
         }
     }
 }

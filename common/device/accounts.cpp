@@ -137,7 +137,7 @@ int getUserIDByName(const char* user, uid_t* uid)
 int GetUserIDByUsername(char** user_id, const char* username)
 {
     if (user_id == nullptr || username == nullptr) {
-        LOG(Error, "ERROR [syscmd:GetUserIDByUsername]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     uid_t uid = 0;

@@ -17,7 +17,7 @@ int CutStr(char** result, const char* string, const char* begin, const char* end
 int GetMXLStatus(char** status, const char* respond)
 {
     if (status == nullptr || respond == nullptr) {
-        LOG(Error, "ERROR [syscmd:GetMXLStatus]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     const std::string_view start_tag = cut(respond, "<xs:response", "<");
@@ -33,7 +33,7 @@ int GetMXLStatus(char** status, const char* respond)
 int GetMXLErrorDetail(char** error_detail, const char* respond)
 {
     if (error_detail == nullptr || respond == nullptr) {
-        LOG(Error, "ERROR [syscmd:GetMXLErrorDetail]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     return CutStr(error_detail, respond, "<xs:error-details><![CDATA[", "]]></xs:error-details>");

@@ -27,7 +27,7 @@ Delivery deliver(char** reply, const char* request)
 int SendMXLtoBWD(char** respond, const char* request)
 {
     if (request == nullptr || respond == nullptr) {
-        LOG(Error, "ERROR [syscmd:SendMXLtoBWD] invalid input arguments\n");
+        LOG(Error, "ERROR [syscmd:%s] invalid input arguments\n", __func__);
         return -1;
     }
     return deliver(respond, request) == Delivery::Answered ? SUCCESS : -1;

@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# inside.sh KEEP... -- COMMAND [ARG...]
+# inside.sh SEEN... -- WRITABLE... -- COMMAND [ARG...]
 # The device's first process, which the launcher starts in its namespaces or under proot: lays the
 # private files over the host's, starts the journal and the management daemon, runs the command and
-# reports its status to the keeper. KEEP: folders of the host that must stay to be seen.
+# reports its status to the keeper. SEEN and WRITABLE: folders of the host that must stay so.
 set -Eeuo pipefail
 # shellcheck source=devkit/device/lib/tree.sh
 . "$DEVICE_HOME/lib/tree.sh"
+# shellcheck source=devkit/device/lib/machine.sh
+. "$DEVICE_HOME/lib/machine.sh"
+# shellcheck source=devkit/device/lib/registration.sh
+. "$DEVICE_HOME/lib/registration.sh"
 
 report() {
     echo "$1" >&"$KEEPER_FD"
@@ -14,58 +18,31 @@ report() {
 
 # Messages go where the caller's do; the shell's own, about processes that were killed, nowhere.
 exec {errors}>&2
-say() { printf 'device: %s\n' "$1" >&"$errors"; }
+# Nobody may be left to hear them; that must not keep the device from its end.
+say() { printf 'device: %s\n' "$1" >&"$errors" || true; }
 
 # fail MESSAGE [LOG]: one line, and the last words of the program that failed.
 fail() {
     trap - ERR
     say "$1"
-    [ ! -s "${2-}" ] || tail -n 5 "$2" | sed 's/^/device:   /' >&"$errors"
+    [ ! -s "${2-}" ] || tail -n 5 "$2" | sed 's/^/device:   /' >&"$errors" || true
     report 125
-}
-
-# The folders that must stay to be seen, each with a descriptor that leads to it.
-declare -A kept=()
-keep() {
-    local descriptor
-    exec {descriptor}<"$1"
-    kept[$1]=$descriptor
-}
-
-forget_kept() {
-    local path descriptor
-    for path in "${!kept[@]}"; do
-        descriptor=${kept[$path]}
-        exec {descriptor}<&-
-    done
-}
-
-# lay MOUNT-ARGUMENTS... PLACE: mounts, then shows again what that has hidden and must be seen.
-lay() {
-    local place=${*: -1} path
-    mount "$@"
-    for path in "${!kept[@]}"; do
-        case $path in "$place"/?*)
-            mkdir -p "$path"
-            # By descriptor: the path now names the empty folder.
-            mount --no-canonicalize --rbind "/proc/self/fd/${kept[$path]}" "$path"
-            ;;
-        esac
-    done
 }
 
 # All of it on one tmpfs, which goes away with the namespace.
 lay_tree() {
     local tree=/run/.tree mount
-    mount --make-rprivate /
+    seal || fail 'the machine cannot be made read-only'
+    seal_kernel
     lay -t tmpfs -o mode=755 tmpfs /run
     mkdir "$tree"
     fill_tree "$tree"
     lay --bind "$tree/passwd" /etc/passwd
     lay --bind "$tree/group" /etc/group
     lay_tools "$tree"
+    lay_devices "$tree"
     # journald wants a control group file system; where none can be mounted, the host's has to do.
-    mount -t cgroup2 cgroup2 /sys/fs/cgroup 2>/dev/null || true
+    mount -t cgroup2 -o ro cgroup2 /sys/fs/cgroup 2>/dev/null || true
     for mount in "${DEVICE_MOUNTS[@]}"; do
         lay --rbind "$tree/${mount%%:*}" "${mount#*:}"
     done
@@ -124,23 +101,33 @@ stop_daemon() {
 # What programs need that run under proot. A leak check traces its process, as proot does already;
 # and a sanitizer does not want to come second to what is preloaded.
 adapt_to_proot() {
-    export LD_PRELOAD="$DEVICE_BUILD/libproot-sockets.so${LD_PRELOAD:+:$LD_PRELOAD}"
+    export LD_PRELOAD="/run/.proot-sockets.so${LD_PRELOAD:+:$LD_PRELOAD}"
     export ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0:verify_asan_link_order=0"
 }
 
+# A closed pipe ends the command, and not what ends the device. Neither trap is inherited.
+trap : PIPE
 trap 'fail "the device cannot be made: line $LINENO of $0"' ERR
 directory=$PWD
+seen=()
 while [ "$1" != -- ]; do
-    keep "$1"
+    seen+=("$1")
     shift
 done
 shift
+while [ "$1" != -- ]; do
+    [ "$DEVICE_WAY" = proot ] || leave_writable "$1"
+    shift
+done
+shift
+for path in "${seen[@]}"; do keep "$path"; done
 if [ "$DEVICE_WAY" = proot ]; then adapt_to_proot; else lay_tree; fi
 forget_kept
 cd "$directory"
 PATH=$DEVICE_BUILD:$PATH
 start_journal
 start_daemon
+write_owner_file
 
 # Ctrl-C is the command's; what it makes of it is its status.
 trap : INT
@@ -153,8 +140,8 @@ exec 2>/dev/null
     exec "$@"
 )
 status=$?
-if [ "$status" -gt 128 ] && signal=$(kill -l "$status") && [ "$signal" != INT ]; then
-    say "the command ended by SIG$signal"
+if [ "$status" -gt 128 ] && signal=$(kill -l "$status"); then
+    case $signal in INT | PIPE) ;; *) say "the command ended by SIG$signal" ;; esac
 fi
 set -e
 stop_daemon

@@ -7,12 +7,12 @@
 void AddRemoteUserHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG_AT(1334, Error, "[syscmd:AddRemoteUserHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(1334);
         return;
     }
     std::string parameters[1];
     if (!readParameters(*pTx, parameters)) {
-        LOG_AT(1358, Error, "ERROR [syscmd:AddRemoteUserHandler]: AddRemoteUser %s\n", UNREAD);
+        LOG_AT(1358, Error, "ERROR [syscmd:%s]: AddRemoteUser %s\n", __func__, UNREAD.data());
         return fail(*pTx, response, "AddRemoteUser: ", UNREAD);
     }
     auto& [username] = parameters;
@@ -20,16 +20,12 @@ void AddRemoteUserHandler(ITransaction* pTx, std::string& response)
     const int result = AddNetwork(username.c_str(), "");
     if (result != SUCCESS) {
         LOG_AT(
-            1351, Error,
-            "ERROR [syscmd:AddRemoteUserHandler] :AddRemoteUser %s failed with code=%d\n",
+            1351, Error, "ERROR [syscmd:%s] :AddRemoteUser %s failed with code=%d\n", __func__,
             username.c_str(), result
         );
         pTx->setCode(CODE_FAILED); // the response stays as it was
         return;
     }
-    pTx->setCode(CODE_SUCCEED);
-    response = "success";
-    LOG_AT(
-        1346, Debug, "[syscmd:AddRemoteUserHandler] :AddRemoteUser %s success\n", username.c_str()
-    );
+    succeed(*pTx, response);
+    LOG_AT(1346, Debug, "[syscmd:%s] :AddRemoteUser %s success\n", __func__, username.c_str());
 }

@@ -8,12 +8,12 @@
 void AddAccountHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG_AT(1295, Error, "[syscmd:AddAccountHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(1295);
         return;
     }
     std::string parameters[3];
     if (!readParameters(*pTx, parameters)) {
-        LOG_AT(1325, Error, "ERROR [syscmd:AddAccountHandler]: AddUser %s\n", UNREAD);
+        LOG_AT(1325, Error, "ERROR [syscmd:%s]: AddUser %s\n", __func__, UNREAD.data());
         return fail(*pTx, response, "Add User: ", UNREAD);
     }
     auto& [username, password_hash, email] = parameters;
@@ -25,12 +25,11 @@ void AddAccountHandler(ITransaction* pTx, std::string& response)
     const int result = AddUser(name.c_str(), password_hash.c_str(), email.c_str(), "User");
     if (result != SUCCESS) {
         LOG_AT(
-            1316, Error, "ERROR [syscmd:AddAccountHandler] :AddUser %s failed with code=%d\n",
+            1316, Error, "ERROR [syscmd:%s] :AddUser %s failed with code=%d\n", __func__,
             username.c_str(), result
         );
         return fail(*pTx, response, "AddUser failed");
     }
-    pTx->setCode(CODE_SUCCEED);
-    response = "success";
-    LOG_AT(1311, Debug, "[syscmd:AddAccountHandler] :AddUser %s success\n", username.c_str());
+    succeed(*pTx, response);
+    LOG_AT(1311, Debug, "[syscmd:%s] :AddUser %s success\n", __func__, username.c_str());
 }

@@ -18,9 +18,15 @@ std::string accountName(const std::string& text)
     return text.substr(0, MAX_USERNAME_LENGTH);
 }
 
-void fail(ITransaction& tx, std::string& response, const char* text, const std::string& rest)
+void fail(ITransaction& tx, std::string& response, const char* text, std::string_view rest)
 {
     response = text;
     response += rest;
     tx.setCode(CODE_FAILED);
+}
+
+void succeed(ITransaction& tx, std::string& response)
+{
+    response = "success";
+    tx.setCode(CODE_SUCCEED);
 }

@@ -2,13 +2,20 @@
  * C strings only for the routines that take these. */
 #pragma once
 
+#include "common/log.h"
 #include "common/transaction.h"
 
 #include <span>
 #include <string>
+#include <string_view>
+
+/** What a handler says, by its own name, of a null transaction. */
+#define LOG_NO_TRANSACTION(line)                                                                   \
+    LOG_AT(line, Error, "[syscmd:%s] invalid input arguments", __func__)
 
 /** What the log says of a missing parameter, whatever the parameters of the operation are. */
-inline constexpr char UNREAD[] = "error reading username/password/email params from request";
+inline constexpr std::string_view UNREAD =
+    "error reading username/password/email params from request";
 
 /**
  * Reads a handler's parameters, the first, second, …; what is behind a missing one is not read.
@@ -22,4 +29,7 @@ bool readParameters(const ITransaction& tx, std::span<std::string> values);
 std::string accountName(const std::string& text);
 
 /** Fails the command with `text`, and `rest` behind it, as its response. */
-void fail(ITransaction& tx, std::string& response, const char* text, const std::string& rest = {});
+void fail(ITransaction& tx, std::string& response, const char* text, std::string_view rest = {});
+
+/** Ends the command well, with "success" as its response. */
+void succeed(ITransaction& tx, std::string& response);

@@ -7,28 +7,27 @@
 void DeleteAccountHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG_AT(1391, Error, "[syscmd:DeleteAccountHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(1391);
         return;
     }
     std::string parameters[2];
     if (!readParameters(*pTx, parameters)) {
         fail(*pTx, response, "Delete User: error reading username/password params from request");
-        LOG_AT(1425, Error, "ERROR [syscmd:DeleteAccountHandler]: DeleteUser %s\n", UNREAD);
+        LOG_AT(1425, Error, "ERROR [syscmd:%s]: DeleteUser %s\n", __func__, UNREAD.data());
         return;
     }
     auto& [username, p2pusername] = parameters;
 
     const int result = DelUser(accountName(username).c_str(), p2pusername.c_str(), ANY_ACCOUNT);
     if (result == SUCCESS) {
-        LOG_AT(1402, Debug, "[syscmd:DeleteAccountHandler: DelUser %s success\n", username.c_str());
+        LOG_AT(1402, Debug, "[syscmd:%s: DelUser %s success\n", __func__, username.c_str());
     } else if (username.find('@') == std::string::npos) {
         LOG_AT(
-            1415, Error, "ERROR [syscmd:DeleteAccountHandler]: DelUser %s failed with code=%d\n",
+            1415, Error, "ERROR [syscmd:%s]: DelUser %s failed with code=%d\n", __func__,
             username.c_str(), result
         );
         return fail(*pTx, response, "DeleteUser failed");
     }
     // A cloud user named by an e-mail address counts as deleted even if the deletion failed.
-    response = "success";
-    pTx->setCode(CODE_SUCCEED);
+    succeed(*pTx, response);
 }

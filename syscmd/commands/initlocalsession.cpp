@@ -7,27 +7,26 @@
 void InitLocalSessionHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG(Error, "[syscmd:InitLocalSessionHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(__LINE__);
         return;
     }
     std::string parameters[3];
     if (!readParameters(*pTx, parameters)) {
-        LOG(Error, "ERROR [syscmd:InitLocalSessionHandler]: %s\n", UNREAD);
+        LOG(Error, "ERROR [syscmd:%s]: %s\n", __func__, UNREAD.data());
         return fail(
             *pTx, response,
             "InitLocalSession: error reading username/token/sessionid/seed params from request"
         );
     }
     auto& [username, token, expires] = parameters;
-    username = accountName(username);
-    const char* user = username.c_str();
-    LOG(Info, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s", user);
+    const std::string name = accountName(username);
+    const char* user = name.c_str();
+    LOG(Info, "[syscmd:%s]: InitLocalSession %s", __func__, user);
 
     const bool pinned = expires == PINNED;
     CleanupObsoleteLocalSessions(pinned ? user : nullptr);
     UpdateLocalSessionRecords(token.c_str(), user, pinned ? PINNED : "");
 
-    pTx->setCode(CODE_SUCCEED);
-    response = "success";
-    LOG(Debug, "[syscmd:InitLocalSessionHandler]: InitLocalSession %s success", user);
+    succeed(*pTx, response);
+    LOG(Debug, "[syscmd:%s]: InitLocalSession %s success", __func__, user);
 }

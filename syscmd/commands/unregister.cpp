@@ -7,7 +7,7 @@
 void UnregisterHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG_AT(1367, Error, "[syscmd:UnregisterHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(1367);
         return;
     }
 
@@ -15,11 +15,11 @@ void UnregisterHandler(ITransaction* pTx, std::string& response)
     if (result != SUCCESS) {
         fail(*pTx, response, "unregister operation failed");
         LOG_AT(
-            1382, Error,
-            "ERROR [syscmd:UnregisterHandler]: Unregister operation failed with code=%d\n", result
+            1382, Error, "ERROR [syscmd:%s]: Unregister operation failed with code=%d\n", __func__,
+            result
         );
         return;
     }
     pTx->setCode(CODE_NOREPLY); // nobody is left to read a response: it stays as it was
-    LOG_AT(1375, Info, "[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
+    LOG_AT(1375, Info, "[syscmd:%s] :Unregister SUCCESS\n", __func__);
 }

@@ -30,15 +30,15 @@ const char* prepare(char** user_id, const Rename& rename)
     if (resolveLocalUserConflicts(rename.from, rename.to, rename.p2pusername) != SUCCESS) {
         LOG_AS(
             HANDLER, Error,
-            "[syscmd:UpdateUserHandler]: failed resolving username conflict with local user for "
+            "[syscmd:%s]: failed resolving username conflict with local user for "
             "updated account %s\n",
-            rename.email
+            HANDLER.function, rename.email
         );
         return FAILED;
     }
     if (GetUserIDByUsername(user_id, rename.from) != SUCCESS) {
         LOG_AS(
-            HANDLER, Error, "ERROR [syscmd:UpdateUserHandler]: Failed getting user %s id\n",
+            HANDLER, Error, "ERROR [syscmd:%s]: Failed getting user %s id\n", HANDLER.function,
             rename.from
         );
         return "UpdateUser failed: unable to get local user id";
@@ -54,7 +54,8 @@ bool renameOwner(const char* new_username)
     const bool written = createOwnerFile(true, new_username, p2powner, OWNER_FILE) == SUCCESS;
     if (!written) {
         LOG_AS(
-            HANDLER, Error, "ERROR [syscmd:UpdateUserHandler] failed updating skyhold owner file\n"
+            HANDLER, Error, "ERROR [syscmd:%s] failed updating skyhold owner file\n",
+            HANDLER.function
         );
     }
     return written;
@@ -65,21 +66,19 @@ bool renameOwner(const char* new_username)
 void UpdateUserHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG(Error, "[syscmd:UpdateUserHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(__LINE__);
         return;
     }
-    pTx->setCode(CODE_SUCCEED); // stands, like the response, unless something fails
-    response = "success";
+    succeed(*pTx, response); // stands unless something fails
     std::string parameters[4];
     if (!readParameters(*pTx, parameters)) {
-        LOG(Error, "ERROR [syscmd:UpdateUserHandler]: Update User: %s\n", UNREAD);
+        LOG(Error, "ERROR [syscmd:%s]: Update User: %s\n", __func__, UNREAD.data());
         return fail(*pTx, response, "Update User: ", UNREAD);
     }
     auto& [username, password_hash, email, p2pusername] = parameters;
-    username = accountName(username);
-    const std::string new_username = accountName(email);
-    const Rename rename = {
-        username.c_str(), new_username.c_str(), email.c_str(), p2pusername.c_str()};
+    const std::string old_name = accountName(username);
+    const std::string new_name = accountName(email);
+    const Rename rename = {old_name.c_str(), new_name.c_str(), email.c_str(), p2pusername.c_str()};
     LOG(Debug, "syscmd:UpdateUserHandler %s\n", rename.from);
 
     AUTO_FREE char* user_id = nullptr;
@@ -92,8 +91,8 @@ void UpdateUserHandler(ITransaction* pTx, std::string& response)
         {user_id, rename.to, password_hash.c_str(), group, rename.email, rename.p2pusername}
     );
     if (code != SUCCESS) {
-        LOG(Error, "ERROR [syscmd:UpdateUserHandler]: UpdateUser %s failed with code=%d\n",
-            rename.from, code);
+        LOG(Error, "ERROR [syscmd:%s]: UpdateUser %s failed with code=%d\n", __func__, rename.from,
+            code);
         return fail(*pTx, response, FAILED);
     }
     if (is_owner == 1 && !renameOwner(rename.to)) {

@@ -23,7 +23,7 @@ int UpgradeUserToSSO(
 )
 {
     if (p2pusername == nullptr || ssousername == nullptr || email == nullptr) {
-        LOG_AT(975, Error, "ERROR [syscmd:UpgradeUserToSSO] invalid input arguments\n");
+        LOG_AT(975, Error, "ERROR [syscmd:%s] invalid input arguments\n", __func__);
         return UPGRADE_INVALID_ARGUMENT;
     }
     int is_owner = 0;
@@ -31,17 +31,17 @@ int UpgradeUserToSSO(
 
     int result = SUCCESS;
     if (UpdateUser({user_id, ssousername, ssopassword, group, email, p2pusername}) != SUCCESS) {
-        LOG_AT(982, Error, "ERROR [syscmd:UpgradeUserToSSO] failed updating user account\n");
+        LOG_AT(982, Error, "ERROR [syscmd:%s] failed updating user account\n", __func__);
         result = UPGRADE_UPDATE_FAILED;
     }
     if (is_owner == 1 && createOwnerFile(true, ssousername, p2pusername, OWNER_FILE) != SUCCESS) {
-        LOG_AT(989, Error, "ERROR [syscmd:UpgradeUserToSSO] failed updating skyhold owner file\n");
+        LOG_AT(989, Error, "ERROR [syscmd:%s] failed updating skyhold owner file\n", __func__);
         result = UPGRADE_OWNER_FILE_FAILED;
     }
     if (setSSOUpgradeFlag() != SUCCESS) {
         ErrorText text = {};
         LOG_AT(
-            998, Error, "[syscmd::UpgradeUserToSSO] failed setting SSOUpgradeFlag [%s]\n",
+            998, Error, "[syscmd::%s] failed setting SSOUpgradeFlag [%s]\n", __func__,
             errorText(text, errno)
         );
     }
@@ -51,12 +51,12 @@ int UpgradeUserToSSO(
 void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
 {
     if (pTx == nullptr) {
-        LOG_AT(1434, Error, "[syscmd:UpgradeUserToSSOHandler] invalid input arguments");
+        LOG_NO_TRANSACTION(1434);
         return;
     }
     std::string parameters[3];
     if (!readParameters(*pTx, parameters)) {
-        LOG_AT(1477, Error, "ERROR [syscmd:UpgradeUserToSSOHandler]: %s\n", UNREAD);
+        LOG_AT(1477, Error, "ERROR [syscmd:%s]: %s\n", __func__, UNREAD.data());
         return fail(*pTx, response, "UpgradeUserToSSO: ", UNREAD);
     }
     auto& [p2pusername, email, ssopassword] = parameters;
@@ -67,8 +67,7 @@ void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
     AUTO_FREE char* user_id = nullptr;
     if (GetUserIDByUsername(&user_id, name) != SUCCESS) {
         LOG_AT(
-            1470, Error,
-            "ERROR [syscmd:UpgradeUserToSSOHandler]:failed retrieve local user by username: %s\n",
+            1470, Error, "ERROR [syscmd:%s]:failed retrieve local user by username: %s\n", __func__,
             name
         );
         return fail(
@@ -80,13 +79,11 @@ void UpgradeUserToSSOHandler(ITransaction* pTx, std::string& response)
         UpgradeUserToSSO(user_id, name, ssousername.c_str(), password, email.c_str());
     if (result != SUCCESS) {
         LOG_AT(
-            1461, Error,
-            "ERROR [syscmd:UpgradeUserToSSOHandler]:UpgradeUserToSSO %s failed with code=%d\n",
+            1461, Error, "ERROR [syscmd:%s]:UpgradeUserToSSO %s failed with code=%d\n", __func__,
             name, result
         );
         return fail(*pTx, response, "UpgradeUserToSSO: error upgrading p2p user:", p2pusername);
     }
-    pTx->setCode(CODE_SUCCEED);
-    response = "success";
-    LOG_AT(1455, Debug, "[syscmd:UpgradeUserToSSOHandler]: UpgradeUserToSSO %s success", name);
+    succeed(*pTx, response);
+    LOG_AT(1455, Debug, "[syscmd:%s]: UpgradeUserToSSO %s success", __func__, name);
 }

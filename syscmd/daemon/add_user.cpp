@@ -30,7 +30,7 @@ int AddUser(
 )
 {
     if (username == nullptr || email == nullptr) {
-        LOG_AT(435, Error, "ERROR [syscmd:AddUser]: invalid input arguments\n");
+        LOG_INVALID_INPUT(435);
         return -1;
     }
     AUTO_FREE char* decoded = nullptr;
@@ -38,13 +38,13 @@ int AddUser(
     if (password_hash != nullptr &&
         decodePasswordPair(&decoded, &hashes, password_hash) != SUCCESS) {
         LOG_AT(
-            455, Error, "ERROR [syscmd:AddUser] invalid hash value %s[%s]\n",
+            455, Error, "ERROR [syscmd:%s] invalid hash value %s[%s]\n", __func__,
             decoded == nullptr ? "" : decoded, password_hash
         );
         return -1;
     }
     LOG_AT(
-        474, Info, "[syscmd::AddUser] username=%s, syshash=%s, smbhash=%s, email=%s", username,
+        474, Info, "[syscmd::%s] username=%s, syshash=%s, smbhash=%s, email=%s", __func__, username,
         hashes.system, hashes.smb, email
     );
 
@@ -61,10 +61,10 @@ int AddUser(
         break;
     }
     if (strstr(answer.detail, "already exists") != nullptr) {
-        LOG_AT(498, Error, "ERROR [syscmd:AddUser]: user already exists\n");
+        LOG_AT(498, Error, "ERROR [syscmd:%s]: user already exists\n", __func__);
     } else {
-        LOG_AT(502, Error, "ERROR [syscmd:AddUser]: AddUser failed\n");
+        LOG_AT(502, Error, "ERROR [syscmd:%s]: AddUser failed\n", __func__);
     }
-    LOG_AT(504, Error, "ERROR [syscmd:AddUser]: MXL error %s", answer.detail);
+    LOG_AT(504, Error, "ERROR [syscmd:%s]: MXL error %s", __func__, answer.detail);
     return -1;
 }

@@ -36,6 +36,8 @@ int Unregister()
     case Outcome::Refused:
         break;
     }
-    LOG_AT(1233, Error, "ERROR [syscmd:Unregister]:%s:%d %s\n", __FILE_NAME__, 1233, answer.detail);
+    LOG_AT(
+        1233, Error, "ERROR [syscmd:%s]:%s:%d %s\n", __func__, __FILE_NAME__, 1233, answer.detail
+    );
     return -1;
 }

@@ -51,7 +51,7 @@ bool same(const char* one, const char* other)
 int renameLocalUserIfExists(const char* username, const char* clouduser)
 {
     if (username == nullptr) {
-        LOG(Error, "ERROR [syscmd:renameLocalUserIfExists]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     AUTO_FREE char* id = nullptr;
@@ -64,15 +64,15 @@ int renameLocalUserIfExists(const char* username, const char* clouduser)
     AUTO_FREE char* new_username = derivedName(username);
     if (new_username == nullptr) {
         LOG(Debug,
-            "[syscmd:renameLocalUserIfExists]: failed generating hash for renaming conflicting "
+            "[syscmd:%s]: failed generating hash for renaming conflicting "
             "account %s\n",
-            username);
+            __func__, username);
         return -2;
     }
     const int code = UpdateUser({.user_id = id, .username = new_username, .email = email});
     if (code != SUCCESS) {
-        LOG(Error, "ERROR [syscmd:renameLocalUserIfExists]: UpdateUser %s failed with code=%d\n",
-            username, code);
+        LOG(Error, "ERROR [syscmd:%s]: UpdateUser %s failed with code=%d\n", __func__, username,
+            code);
     }
     raiseEvent(username, new_username, clouduser); // after a refusal too
     return code == SUCCESS ? SUCCESS : -3;
@@ -83,7 +83,7 @@ int resolveLocalUserConflicts(
 )
 {
     if (username == nullptr || new_username == nullptr) {
-        LOG(Error, "ERROR [syscmd:resolveLocalUserConflicts]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     const bool renamed = !same(username, new_username);

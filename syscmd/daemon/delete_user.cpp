@@ -47,8 +47,12 @@ int deleteAccount(const char* id, const char* p2pusername)
     case Outcome::Refused:
         break;
     }
-    LOG_AS(DELETION.speaker, Error, "ERROR [syscmd:DelUser]: DelUser failed\n");
-    LOG_AS(DELETION.speaker, Error, "ERROR [syscmd:DelUser]: %s", answer.detail);
+    LOG_AS(
+        DELETION.speaker, Error, "ERROR [syscmd:%s]: DelUser failed\n", DELETION.speaker.function
+    );
+    LOG_AS(
+        DELETION.speaker, Error, "ERROR [syscmd:%s]: %s", DELETION.speaker.function, answer.detail
+    );
     return -1;
 }
 
@@ -57,14 +61,14 @@ int deleteAccount(const char* id, const char* p2pusername)
 int DelUser(const char* username, const char* p2pusername, int force)
 {
     if (username == nullptr || p2pusername == nullptr) {
-        LOG(Error, "ERROR [syscmd:DelUser]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     AUTO_FREE char* id = nullptr;
     AUTO_FREE char* group = nullptr;
     AUTO_FREE char* email = nullptr;
     if (GetUserData(&id, &group, &email, username) == -1) {
-        LOG(Error, "ERROR [syscmd:DelUser]: GetUserData failed\n");
+        LOG(Error, "ERROR [syscmd:%s]: GetUserData failed\n", __func__);
         return -1;
     }
     if (*id == '\0') {

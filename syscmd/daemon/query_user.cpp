@@ -70,12 +70,15 @@ int findMatch(const UserData& out, const char* username, const Answer& answer)
             if (giveData(out, record) == SUCCESS) {
                 return SUCCESS;
             }
-            LOG_AS(QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: CutStr failed\n");
+            LOG_AS(
+                QUERY.speaker, Error, "ERROR [syscmd:%s]: CutStr failed\n", QUERY.speaker.function
+            );
             damaged = true;
             continue;
         }
         LOG_AS(
-            QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: GetUserData and User Group failed\n"
+            QUERY.speaker, Error, "ERROR [syscmd:%s]: GetUserData and User Group failed\n",
+            QUERY.speaker.function
         );
         show(__LINE__, "request", answer.request);
         show(__LINE__, "respond", answer.reply);
@@ -87,7 +90,7 @@ int findMatch(const UserData& out, const char* username, const Answer& answer)
     // Callers tell "no such user" by the empty id; group and e-mail are the last record's.
     record.id = "";
     if (giveData(out, record) != SUCCESS) {
-        LOG_AS(QUERY.speaker, Error, "ERROR [syscmd:GetUserData]: malloc failed\n");
+        LOG_AS(QUERY.speaker, Error, "ERROR [syscmd:%s]: malloc failed\n", QUERY.speaker.function);
         return -1;
     }
     return SUCCESS;
@@ -99,7 +102,7 @@ int GetUserData(char** user_id, char** user_group, char** user_email, const char
 {
     if (user_id == nullptr || user_group == nullptr || user_email == nullptr ||
         username == nullptr) {
-        LOG(Error, "ERROR [syscmd:GetUserData]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     LOG(Debug, "syscmd:GetID: username=%s\n", username);
@@ -113,6 +116,6 @@ int GetUserData(char** user_id, char** user_group, char** user_email, const char
     case Outcome::Refused:
         break;
     }
-    LOG(Error, "ERROR [syscmd:GetUserData]: MXL error %s", answer.detail);
+    LOG(Error, "ERROR [syscmd:%s]: MXL error %s", __func__, answer.detail);
     return -1;
 }

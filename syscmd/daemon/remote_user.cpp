@@ -38,7 +38,7 @@ constexpr Exchange DELETION = {
 int AddNetwork(const char* username, const char* full_name)
 {
     if (username == nullptr) {
-        LOG_AT(274, Error, "ERROR [syscmd:AddNetwork]: invalid input arguments\n");
+        LOG_INVALID_INPUT(274);
         return -1;
     }
     AUTO_ANSWER Answer answer = {};
@@ -53,14 +53,14 @@ int AddNetwork(const char* username, const char* full_name)
     if (strstr(answer.detail, "User already present") != nullptr) {
         return SUCCESS; // asking twice is no failure
     }
-    LOG_AT(307, Error, "ERROR [syscmd:AddNetwork]: AddNetwork failed\n");
+    LOG_AT(307, Error, "ERROR [syscmd:%s]: AddNetwork failed\n", __func__);
     return -1;
 }
 
 int DelNetwork(const char* username)
 {
     if (username == nullptr) {
-        LOG(Error, "ERROR [syscmd:DelNetwork]: invalid input arguments\n");
+        LOG_INVALID_INPUT(__LINE__);
         return -1;
     }
     AUTO_ANSWER Answer answer = {};

@@ -43,9 +43,10 @@ char* requestWithHashes(const char* owner, const UserUpdate& to, const PasswordP
     if (to.p2pusername == nullptr) {
         LOG_AS(
             UPDATE.speaker, Info,
-            "[syscmd:UpdateUser] username=%s, smbhash=%s, syshash=%s, group=%s email=%s "
+            "[syscmd:%s] username=%s, smbhash=%s, syshash=%s, group=%s email=%s "
             "p2pusername=%s\n",
-            to.username, hashes.smb, hashes.system, group, to.email, p2pusername
+            UPDATE.speaker.function, to.username, hashes.smb, hashes.system, group, to.email,
+            p2pusername
         );
         return String(
             UPDATE_ACCOUNT_MXL_TEXT, owner, to.user_id, to.user_id, to.user_id, to.username,
@@ -54,9 +55,10 @@ char* requestWithHashes(const char* owner, const UserUpdate& to, const PasswordP
     }
     LOG_AS(
         UPDATE.speaker, Info,
-        "[syscmd:UpdateUser] username=%s, smbhash=%s, syshash=%s, group=%s, email=%s "
+        "[syscmd:%s] username=%s, smbhash=%s, syshash=%s, group=%s, email=%s "
         "p2pusername=%s\n",
-        to.username, hashes.smb, hashes.system, group, to.email, p2pusername
+        UPDATE.speaker.function, to.username, hashes.smb, hashes.system, group, to.email,
+        p2pusername
     );
     return String(
         RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_TEXT, owner, to.user_id, to.user_id, to.user_id,
@@ -68,7 +70,9 @@ char* requestWithHashes(const char* owner, const UserUpdate& to, const PasswordP
 char* requestWithoutHashes(const char* owner, const UserUpdate& to)
 {
     if (to.p2pusername == nullptr) {
-        LOG_AS(UPDATE.speaker, Info, "[syscmd:UpdateUser] username=%s\n", to.username);
+        LOG_AS(
+            UPDATE.speaker, Info, "[syscmd:%s] username=%s\n", UPDATE.speaker.function, to.username
+        );
         return String(
             RENAME_ACCOUNT_NO_PASSWORD_MXL_TEXT, owner, to.user_id, to.user_id, to.user_id,
             to.username, to.email
@@ -76,9 +80,8 @@ char* requestWithoutHashes(const char* owner, const UserUpdate& to)
     }
     const char* group = printable(to.group);
     LOG_AS(
-        UPDATE.speaker, Info,
-        "[syscmd:UpdateUser] username=%s, group=%s, email=%s p2pusername=%s\n", to.username, group,
-        to.email, to.p2pusername
+        UPDATE.speaker, Info, "[syscmd:%s] username=%s, group=%s, email=%s p2pusername=%s\n",
+        UPDATE.speaker.function, to.username, group, to.email, to.p2pusername
     );
     return String(
         RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD_TEXT, owner, to.user_id, to.user_id,
@@ -91,11 +94,17 @@ int reportRefusal(const char* detail)
 {
     // A name clash reads like any other refusal; support staff tell them apart by the line.
     if (strstr(detail, "already exists") != nullptr) {
-        LOG_AS(UPDATE.speaker, Error, "ERROR [syscmd:UpdateUser]: Update failed\n");
+        LOG_AS(
+            UPDATE.speaker, Error, "ERROR [syscmd:%s]: Update failed\n", UPDATE.speaker.function
+        );
     } else {
-        LOG_AS(UPDATE.speaker, Error, "ERROR [syscmd:UpdateUser]: Update failed\n");
+        LOG_AS(
+            UPDATE.speaker, Error, "ERROR [syscmd:%s]: Update failed\n", UPDATE.speaker.function
+        );
     }
-    LOG_AS(UPDATE.speaker, Error, "ERROR [syscmd:UpdateUser]: MXL error %s", detail);
+    LOG_AS(
+        UPDATE.speaker, Error, "ERROR [syscmd:%s]: MXL error %s", UPDATE.speaker.function, detail
+    );
     return -1;
 }
 
@@ -104,19 +113,19 @@ int reportRefusal(const char* detail)
 int UpdateUser(const UserUpdate& to)
 {
     if (to.user_id == nullptr || to.email == nullptr || to.username == nullptr) {
-        LOG(Error, "ERROR [syscmd:UpdateUser] invalid input arguments\n");
+        LOG(Error, "ERROR [syscmd:%s] invalid input arguments\n", __func__);
         return -1;
     }
     AUTO_FREE char* owner = authority();
     if (owner == nullptr) {
-        LOG(Error, "ERROR [syscmd:UpdateUser]: owner file unreadable\n");
+        LOG(Error, "ERROR [syscmd:%s]: owner file unreadable\n", __func__);
         return -1;
     }
     AUTO_FREE char* decoded = nullptr;
     PasswordPair hashes = {};
     if (to.password_hash != nullptr &&
         decodePasswordPair(&decoded, &hashes, to.password_hash) != SUCCESS) {
-        LOG(Error, "ERROR [syscmd:UpdateUser] invalid hash value %s[%s]\n",
+        LOG(Error, "ERROR [syscmd:%s] invalid hash value %s[%s]\n", __func__,
             decoded == nullptr ? "" : decoded, to.password_hash);
         return -1;
     }

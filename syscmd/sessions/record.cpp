@@ -32,7 +32,7 @@ bool haveDirectory()
     }
     if (mkdir(LOCAL_SESSION_DIRECTORY, DIRECTORY_MODE) != 0) {
         LOG_AS(
-            UPDATE, Error, "[UpdateLocalSessionRecords] mkdir %s failed; errno=%d\n",
+            UPDATE, Error, "[%s] mkdir %s failed; errno=%d\n", UPDATE.function,
             LOCAL_SESSION_DIRECTORY, errno
         );
         return false;
@@ -47,7 +47,7 @@ void pin(int record, const char* path)
     if (setInodeFlags(record, FS_IMMUTABLE_FL) != SUCCESS) {
         ErrorText text = {};
         LOG_AS(
-            UPDATE, Error, "[UpdateLocalSessionRecords]  ioctl failed on %s: %s\n", path,
+            UPDATE, Error, "[%s]  ioctl failed on %s: %s\n", UPDATE.function, path,
             errorText(text, errno)
         );
     }
@@ -58,7 +58,7 @@ void pin(int record, const char* path)
 int UpdateLocalSessionRecords(const char* token, const char* username, const char* expires)
 {
     if (token == nullptr || username == nullptr || expires == nullptr) {
-        LOG(Error, "ERROR [syscmd:UpdateLocalSessionRecords] invalid input arguments\n");
+        LOG(Error, "ERROR [syscmd:%s] invalid input arguments\n", __func__);
         return -1;
     }
     if (!haveDirectory()) {

@@ -22,7 +22,7 @@ namespace {
 
 constexpr Speaker SWEEP = SPEAKER("CleanupObsoleteLocalSessions");
 
-constexpr double LIFETIME_SECONDS = 86400.0;
+constexpr time_t LIFETIME_SECONDS = 86400;
 
 /** A sorted list of records. */
 struct Listing {
@@ -51,19 +51,18 @@ void unpin(FILE* record, const char* name)
     std::uint32_t flags = 0;
     if (getInodeFlags(fileno(record), &flags) == -1) {
         LOG_AS(
-            SWEEP, Error,
-            "[CleanupObsoleteLocalSessions] ioctl is unable to read flags for file %s: %s\n", name,
-            errorText(text, errno)
+            SWEEP, Error, "[%s] ioctl is unable to read flags for file %s: %s\n", SWEEP.function,
+            name, errorText(text, errno)
         );
     }
     if ((flags & FS_IMMUTABLE_FL) == 0) {
         return;
     }
 
-    LOG_AS(SWEEP, Debug, "[CleanupObsoleteLocalSessions] reset immutable flag on file %s\n", name);
+    LOG_AS(SWEEP, Debug, "[%s] reset immutable flag on file %s\n", SWEEP.function, name);
     if (setInodeFlags(fileno(record), 0) != SUCCESS) {
         LOG_AS(
-            SWEEP, Error, "[CleanupObsoleteLocalSessions]  ioctl failed on %s: %s\n", name,
+            SWEEP, Error, "[%s]  ioctl failed on %s: %s\n", SWEEP.function, name,
             errorText(text, errno)
         );
     }
@@ -80,10 +79,7 @@ void unpinIfOwned(const char* name, const char* owner)
     }
     char line[256];
     if (readline(line, sizeof line, record) != SUCCESS) {
-        LOG_AS(
-            SWEEP, Error, "[CleanupObsoleteLocalSessions] Unable to read username from file %s \n",
-            name
-        );
+        LOG_AS(SWEEP, Error, "[%s] Unable to read username from file %s \n", SWEEP.function, name);
     } else if (strcmp(line, owner) == 0) {
         unpin(record, name);
     }
@@ -93,13 +89,11 @@ void unpinIfOwned(const char* name, const char* owner)
 void removeIfExpired(int directory, const char* name, time_t now)
 {
     struct stat status = {};
-    if (fstatat(directory, name, &status, 0) != 0 ||
-        difftime(now, status.st_mtime) <= LIFETIME_SECONDS) {
+    if (fstatat(directory, name, &status, 0) != 0 || status.st_mtime >= now - LIFETIME_SECONDS) {
         return;
     }
     LOG_AS(
-        SWEEP, Info,
-        "[CleanupObsoleteLocalSessions] REMOVE file %s timestamp %lld [curtime %lld]\n", name,
+        SWEEP, Info, "[%s] REMOVE file %s timestamp %lld [curtime %lld]\n", SWEEP.function, name,
         static_cast<long long>(status.st_mtime), static_cast<long long>(now)
     );
     if (unlinkat(directory, name, 0) != 0) {

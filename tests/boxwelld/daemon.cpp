@@ -75,7 +75,7 @@ void Daemon::start()
             execl(BOXWELLD, BOXWELLD, "serve", "--client-timeout", client_timeout_ms_.c_str(), nullptr);
         _exit(127);
     }
-    for (int tries = 0; tries < 500 && access(path("socket").c_str(), F_OK) != 0; ++tries)
+    for (int tries = 0; tries < 3000 && access(path("socket").c_str(), F_OK) != 0; ++tries)
         usleep(10000);
 }
 

@@ -128,6 +128,10 @@ int await_command(pid_t command, int report, int signals)
 
 int keep(const Job& job, pid_t front)
 {
+    // A terminal's Ctrl-\ is for the whole group, and is not to leave the device without a keeper.
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::array<int, 2> report{};

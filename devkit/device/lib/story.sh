@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # The words in which the demo tells the life of a device. Sourced by it, inside the device.
 
-DEMO_FULL=${DEMO_FULL:-no}
 SESSIONS=/opt/skyhold/etc/local_sessions
 OWNER_FILE=/opt/skyhold/etc/registration.conf
-WIDTH=112
+# Of a journal entry, in characters.
+LONGEST_ENTRY=200
 failures=0
 # Of the last step, as shown:
 transactions=
@@ -15,9 +15,37 @@ journal_lines=0
 
 chapter() { printf '\n\n==== %s ====\n' "$1"; }
 
-tell() { printf '\n%s\n' "$*" | fold -s -w 100 | sed 's/ *$//'; }
+tell() { printf '\n%s\n' "$*" | wrap "$WIDTH" ''; }
 
-indent() { awk '{ print "    " $0 }'; }
+indent() { wrap $((WIDTH - 4)) '  ' | sed 's/^/    /'; }
+
+# Columns of the terminal, or 80.
+columns() {
+    local columns=
+    [ ! -t 1 ] || columns=$(stty size <&1 2>/dev/null | cut -d ' ' -f 2)
+    echo $((${columns:-0} > 0 ? columns : 80))
+}
+WIDTH=$(columns)
+
+# wrap WIDTH HANG: breaks lines at blanks, never in a word; what follows is indented as the line itself,
+# and by HANG.
+wrap() {
+    awk -v width="$1" -v hang="$2" '{
+        match($0, /^ */)
+        margin = substr($0, 1, RLENGTH) hang
+        line = ""
+        for (rest = $0; match(rest, /^ *[^ ]+/); rest = substr(rest, RLENGTH + 1)) {
+            word = substr(rest, 1, RLENGTH)
+            if (line != "" && length(line word) > width) {
+                print line
+                sub(/^ */, margin, word)
+                line = ""
+            }
+            line = line word
+        }
+        print line
+    }'
+}
 
 # run COMMAND-LINE: shows it, then what it prints.
 run() {
@@ -93,14 +121,13 @@ what_matters() {
         /<\?xml/  { if (reply++) flush(">"); next }
         /<\/?xs:(mxl|transaction|qualifier|page|criterion)/ || /^ *<\/[^>]*>$/ { next }
         { sub(/^ */, " "); gsub(/<!\[CDATA\[|\]\]>/, ""); text = text $0 }
-        END { flush("<") }' | fold -s -w "$WIDTH" | sed 's/ *$//; s/^[^<>]\|^<[^ ]/  &/'
+        END { flush("<") }'
 }
 
-# Two lines of each entry at most.
+# The beginning of a long entry.
 shorten() {
     [ "$DEMO_FULL" = no ] || exec cat
-    awk -v most=$((2 * WIDTH - 4)) 'length > most { $0 = substr($0, 1, most) "..." } { print }' |
-        fold -s -w "$WIDTH" | sed 's/ *$//; s/^[^0-9]/  &/'
+    awk -v most="$LONGEST_ENTRY" 'length > most { $0 = substr($0, 1, most) "..." } { print }'
 }
 
 # The lines of people in the user database.

@@ -22,20 +22,7 @@ fill_tree() {
     cp "$files/linkagent.conf" "$tree/opt/linkhub/etc/linkagent.conf"
     install -m 755 "$files/boxwellinfo" "$files/event_push" "$tree/bin"
     [ "$DEVICE_LOG_FILE" = no ] || : >"$tree/log/shbroker.log"
-    write_owner_file "$tree"
     : >"$tree/run/.device" # what tells boxwelld and broker that they are on a device
-}
-
-# The owner file as a registration leaves it: one line without an end.
-write_owner_file() {
-    local tree=$1 info=$1/lib/device/info
-    printf '%s' '<?xml version="1.0" encoding="utf-8"?><registration><owner>alice</owner>' \
-        "<model>$(<"$info/Model")</model>" \
-        "<firmware_id>$(<"$info/Firmware_Version")</firmware_id>" \
-        "<firmware_time>$(<"$info/Firmware_Time")</firmware_time>" \
-        "<serial>$(<"$info/Serial")</serial>" \
-        "<link_agent_id>$(cut -c 12- "$tree/opt/linkhub/etc/linkagent.conf" | cut -d ' ' -f 1)</link_agent_id>" \
-        '<p2powner>alice-p2p</p2powner></registration>' >"$tree/opt/skyhold/etc/registration.conf"
 }
 
 # link_tools TREE: fills TREE/bin with links to the host's tools, where they cannot be overlaid.

@@ -9,9 +9,12 @@ about() {
     case $1 in
         root) echo 'namespaces of root: everything works' ;;
         userns) echo 'a user namespace: everything but pinning, since the immutable attribute needs root' ;;
-        proot) echo 'proot: slower, and no pinning, since the immutable attribute needs root' ;;
+        proot) echo "proot: slower, and no pinning, since the immutable attribute needs root$(unprotected)" ;;
     esac
 }
+
+# Under proot the caller's rights are all that keeps the machine's files.
+unprotected() { [ "$(id -u)" -ne 0 ] || echo '; run by root, it can write to the whole machine'; }
 
 # works WAY: tries what the way consists of.
 works() {
@@ -27,6 +30,8 @@ namespaces_work() {
     "${NAMESPACES[@]}" "$@" bash -ec '
         mount --make-rprivate /
         mount -t tmpfs tmpfs /run
+        mount --no-mtab -o remount,bind,ro none /run
+        mount -t devpts -o newinstance devpts /run
         mount --bind /etc/group /etc/passwd'
 }
 
@@ -41,7 +46,7 @@ strongest_way() {
     return 1
 }
 
-# enter WAY KEEP... -- COMMAND...: becomes the device.
+# enter WAY SEEN... -- WRITABLE... -- COMMAND...: becomes the device.
 enter() {
     local way=$1
     shift
@@ -64,7 +69,8 @@ enter_proot() {
     fill_tree "$tree"
     link_tools "$tree"
     install -m 755 "$DEVICE_HOME/files/journalctl" "$tree/bin/journalctl"
-    mkdir "$tree/proot"
+    cp "$DEVICE_BUILD/libproot-sockets.so" "$tree/run/.proot-sockets.so"
+    copy_loader "$tree/loader"
     binds=(-b "$tree/passwd:/etc/passwd" -b "$tree/group:/etc/group" -b "$tree/bin:/usr/bin"
         -b "/usr/bin:$REAL_TOOLS")
     for mount in "${DEVICE_MOUNTS[@]}"; do
@@ -79,8 +85,15 @@ enter_proot() {
     for path in "${folders[@]}"; do
         removes+=(--remove "$path")
     done
-    export DEVICE_TREE=$tree PROOT_TMP_DIR=$tree/proot
+    export DEVICE_TREE=$tree PROOT_LOADER=$tree/loader
     exec "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
+}
+
+# copy_loader FILE: proot writes the program that starts others into the temporary folder, and leaves it
+# there when it is killed, unless it is told of one.
+copy_loader() {
+    # shellcheck disable=SC2016 # proot is the parent of what runs under it, and names the file so
+    proot -v -1 sh -c 'cp /tmp/prooted-"$PPID"-* "$1"' sh "$1"
 }
 
 # make_folder WHERE: adds a new folder to `folders`, locked for as long as a process of the device
