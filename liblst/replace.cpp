@@ -125,7 +125,7 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
         const std::size_t rest = distance(from, end);
         // With all that follows, so that the result grows only where it gets longer.
         const std::size_t needed = result.length + rest + replace_length + BLOCK;
-        if (needed > result.capacity) {
+        if (result.text == nullptr || needed > result.capacity) {
             const std::size_t made = result.length + gap + replace_length;
             const std::size_t taken = distance(string, match) + matches.length;
             if (!allocate(result, needed + spare(needed, made, taken, rest))) {

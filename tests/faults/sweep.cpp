@@ -79,7 +79,8 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
     outcome.kept = liveResources() + openDescriptors() - before;
     outcome.files = fileFacts();
     outcome.requests = requestFacts();
-    const std::string log = outcome.struck && fault.error == ENOMEM ? logFile() : "";
+    const bool speaks = fault.error == ENOMEM || std::strcmp(fault.kind, "ioctl") == 0;
+    const std::string log = outcome.struck && speaks ? logFile() : "";
     for (const Statement& statement : statementsOf(log)) {
         outcome.unknown += isKnown(statement) ? "" : statement.unit + ": " + statement.text;
     }
