@@ -31,6 +31,8 @@ TEST_F(Log, statementsGoWhereTheirLevelAndLinesSay)
         {7, LogLevel::Error, "no line end", {}},
         {7, LogLevel::Error, "\n", {""}},
         {7, LogLevel::Error, large + "\n", {large}},
+        {7, LogLevel::Error, large.substr(0, 2046) + "\n", {large.substr(0, 2046)}},
+        {7, LogLevel::Error, large.substr(0, 2047) + "\n", {large.substr(0, 2047)}},
     };
     for (const auto& [max_level, level, text, journal] : table) {
         shell(": > /var/log/shbroker.log");

@@ -1,4 +1,5 @@
 // Every operation, in each of its variants, with every fault in turn.
+#include "common/log.h"
 #include "syscmd/handler.h"
 #include "tests/faults/sweep.h"
 
@@ -21,6 +22,21 @@ TEST_P(Operations, EveryFaultInTurn)
 
 INSTANTIATE_TEST_SUITE_P(Faults, Operations, testing::ValuesIn(variants()),
     [](const auto& variant) { return std::string(variant.param.name); });
+
+// ---- the log's clock ------------------------------------------------------------------------------
+
+TEST(Log, TellsTheLocalTime)
+{
+    const auto log = [] {
+        prepareDevice({});
+        setenv("TZ", "UTC-5", 1);
+        logStatement(LogLevel::Error, "unit.cpp", 42, "function", "text\n");
+        if (logFile() != "Mar  4 2026 10:06:07 ERROR:unit.cpp:42 text\n") {
+            found(logFile());
+        }
+    };
+    EXPECT_EQ(isolated(log), "");
+}
 
 // ---- the loop notices what is planted -----------------------------------------------------------
 

@@ -153,6 +153,9 @@ Daemon& daemon()
 int process_request_bwdclient(char* request, int request_length, char** reply, int* reply_length)
 {
     const int error = strike("client");
+    if (request_length != static_cast<int>(strlen(request)) || *reply != nullptr || *reply_length != 0) {
+        abort();
+    }
     *reply = reinterpret_cast<char*>(1); // undefined after a failure
     if (error == UNSENT) {
         return -1;
@@ -161,7 +164,7 @@ int process_request_bwdclient(char* request, int request_length, char** reply, i
         const Aside aside;
         const std::string& text = daemon().ask({request, static_cast<std::size_t>(request_length)}).reply;
         if (error == LOST) {
-            return -1;
+            return 2;
         }
         const std::size_t length = error == CUT ? cutLength(text.size()) : text.size();
         *reply_length = static_cast<int>(length);

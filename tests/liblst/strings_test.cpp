@@ -130,6 +130,9 @@ TEST(Strings, FormatOfAnyLength)
 {
     const std::string argument(100000, 'x');
     EXPECT_EQ(text(String("<%s|%d>", argument.c_str(), -7)), "<" + argument + "|-7>");
+    for (const std::size_t size : {2046U, 2047U, 2048U, 2049U}) {
+        EXPECT_EQ(text(String("%s", argument.substr(0, size).c_str())), argument.substr(0, size));
+    }
     EXPECT_EQ(String("%ls", L"\xd800"), nullptr); // no multibyte text for it
 }
 

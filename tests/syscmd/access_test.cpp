@@ -61,7 +61,7 @@ Case unknown(const char* name, const std::string& operation, const Trace& checke
         .code = CODE_FAILED,
         .response = "operation unknown",
         .access = checked,
-        .trace = {said("execute: 1644", operation), "code 1", "response operation unknown"},
+        .trace = {said("execute: 1644", operation.c_str()), "code 1", "response operation unknown"},
         .requests = requests,
     };
 }
@@ -70,6 +70,13 @@ Case unknown(const char* name, const std::string& operation, const Trace& checke
 std::string owned(const std::string& text)
 {
     return "printf '%s' '" + text + "' > " OWNER_FILE;
+}
+
+/** Shell that adds members to the cloud group. */
+std::string listed(const std::string& names)
+{
+    return "sed \"s/^sky-hold:.*/&," + names +
+           "/\" /etc/group > /tmp/group.$$; cat /tmp/group.$$ > /etc/group; rm /tmp/group.$$";
 }
 
 const std::string LOCK_REPLY = "<User_Name><![CDATA[bob]]></User_Name>";
@@ -83,15 +90,16 @@ INSTANTIATE_TEST_SUITE_P(Access, Operation,
         admitted("emptyLoginOfANamelessOwner", ":x", owned("<registration/>")),
         admitted("noCredentialsOfANamelessOwner", "", owned("<registration/>")),
         memberAdmitted("memberByPrimaryGroup", "bob:secret", ""),
-        memberAdmitted("memberByList", "dave:secret",
-            "sed 's/^sky-hold:.*/&,dave/' /etc/group > /tmp/group.$$; "
-            "cat /tmp/group.$$ > /etc/group; rm /tmp/group.$$"),
+        memberAdmitted("memberByList", "dave:secret", listed("Dave,dav,dave")),
+        memberAdmitted("memberOfALargeGroup", "dave:secret", listed("$(seq -s ,m 9000),dave")),
+        memberAdmitted("passwordWithColon", "bob:secret:x", ""),
         memberAdmitted("lockReplyWithoutFlag", "bob:secret", order("reply '" + LOCK_REPLY + "'")),
         memberAdmitted("lockFlagOfNoNumber", "bob:secret", order("reply '<IsLocked>no</IsLocked>" + LOCK_REPLY + "'")),
         denied("longOwnerWithoutColon", NAME_40, owned("<owner>" + NAME_40 + "</owner>")),
         denied("longRemoteOwner", NAME_31 + ":x", owned("<p2powner>" + NAME_40 + "</p2powner>")),
         denied("lockedMember", "carol:secret", ""), denied("otherGroup", "dave:secret", ""),
-        denied("stranger", "mallory:secret", ""), denied("ownerWithoutOwnerFile", "alice:secret", "rm " OWNER_FILE),
+        denied("listedOtherwise", "dave:secret", listed("Dave,dav,davey")), denied("stranger", "mallory:secret", ""),
+        denied("ownerWithoutOwnerFile", "alice:secret", "rm " OWNER_FILE),
         denied("ownerWithEmptyOwnerFile", "alice:secret", ": > " OWNER_FILE), denied("emptyLogin", ":secret", ""),
         denied(
             "lockFlagBeyond32Bits", "bob:secret", order("reply '<IsLocked>4294967296</IsLocked>" + LOCK_REPLY + "'")),
@@ -100,7 +108,8 @@ INSTANTIATE_TEST_SUITE_P(Access, Operation,
         denied("lockReplyOfGarbage", "bob:secret", order("reply garbage")),
         unknown("memberAddsUser", "adduser", {access("bob", 0, 1)}, {"[bob]"}),
         unknown("memberAddsRemoteUser", "addremoteuser", {access("bob", 0, 1)}, {"[bob]"}),
-        unknown("otherCase", "AddUser", {}, {}), unknown("emptyName", "", {}, {}),
+        unknown("otherCase", "AddUser", {}, {}), unknown("bytesBehindANul", std::string("deleteuser\0x", 12), {}, {}),
+        unknown("longerName", "deleteusers", {}, {}), unknown("emptyName", "", {}, {}),
         Case{
             .name = "noOperation",
             .params = {},

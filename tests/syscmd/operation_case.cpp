@@ -1,5 +1,7 @@
 #include "tests/syscmd/operation_case.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
@@ -56,7 +58,9 @@ TEST_P(Operation, answersTracesAndTransacts)
         transaction.credentials = base64(asked.credentials);
 
     const auto descriptors = openDescriptors();
+    const mode_t mask = umask(0); // modes are the plug-in's own
     command(transaction);
+    umask(mask);
 
     EXPECT_EQ(openDescriptors(), descriptors);
     EXPECT_EQ(transaction.code, asked.code);

@@ -33,6 +33,17 @@ TEST_F(OnDevice, deviceInformation)
     }
 }
 
+TEST_F(OnDevice, informationIsAskedForInOrder)
+{
+    shell("cd /var/lib/device && mkdir -p bin && printf '#!/bin/sh\\necho \"$1\" | tee -a /var/lib/device/asked' > "
+          "bin/boxwellinfo && chmod +x bin/boxwellinfo");
+    const std::string path = getenv("PATH");
+    setenv("PATH", ("/var/lib/device/bin:" + path).c_str(), 1);
+    EXPECT_EQ(createOwnerFile(true, "a", nullptr, OWNER_FILE), SUCCESS);
+    setenv("PATH", path.c_str(), 1);
+    EXPECT_EQ(shell("cat /var/lib/device/asked"), "Model\nFirmware_Version\nFirmware_Time\nSerial\n");
+}
+
 TEST_F(OnDevice, agentId)
 {
     const std::pair<const char*, const char*> lines[] = {{"agent_id = LA-7  # link_agent_id", "LA-7"},

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 
 namespace {
 
@@ -132,9 +133,10 @@ TEST(Base64, table)
 TEST(RandomName, isHexadecimalOfTheLengthAskedFor)
 {
     char* text = nullptr;
-    ASSERT_EQ(generateHashString(&text, 4), SUCCESS);
+    ASSERT_EQ(generateHashString(&text, 1000), SUCCESS);
     const std::string digits = Owned(text).get();
-    EXPECT_EQ(digits.size(), 4U);
+    EXPECT_EQ(digits.size(), 1000U);
+    EXPECT_EQ(std::set(digits.begin(), digits.end()).size(), 16U);
     EXPECT_EQ(digits.find_first_not_of("0123456789abcdef"), std::string::npos) << digits;
     EXPECT_EQ(generateHashString(nullptr, 4), -1);
 }

@@ -31,9 +31,9 @@ const Trace UNSENT = {said("AddNetwork: 327")};
 
 INSTANTIATE_TEST_SUITE_P(AddRemoteUser, Operation,
     testing::Values(added("registers", "zed", ""), added("longNameWhole", NAME_40, ""),
-        added("alreadyThere", "zed", order("refuse 'User already present'")), notAdded("emptyName", "", "", REFUSED),
-        notAdded("quoteMakesBadXml", "z\"<d", "", REFUSED),
-        notAdded("refused", "zed", order("refuse 'no licence'"), REFUSED),
+        added("alreadyThere", "zed", order("refuse 'zed: User already present.'")),
+        notAdded("emptyName", "", "", REFUSED), notAdded("quoteMakesBadXml", "z\"<d", "", REFUSED),
+        notAdded("refused", "zed", order("refuse 'already at work'"), REFUSED),
         notAdded("refusedWithoutWords", "zed", order("refuse-bare"), REFUSED),
         notAdded("callFailed", "zed", order("fail"), UNSENT), notAdded("noReply", "zed", order("no-reply"), UNSENT),
         Case{

@@ -56,6 +56,19 @@ Case taken(const char* name, const std::string& user, const std::string& prepare
         {"[" + user + "]", "<xs:add"}, "getent passwd " + user);
 }
 
+/** A reply with one record. */
+std::string record(const std::string& name, const std::string& group)
+{
+    return order("reply '<xs:response status=\"success\"><User id=\"7\"><User_Id>1002</User_Id><Group_Name><![CDATA[" +
+                 group + "]]></Group_Name><User_Name><![CDATA[" + name + "]]></User_Name></User>'");
+}
+
+/** The system knows its id; the group is another record's. */
+Case leavesTheSystemsAccount(const char* name, const std::string& group)
+{
+    return taken(name, "bob", record("bo", group), askingInVain("bob", 0));
+}
+
 Trace refused(const std::string& detail)
 {
     return {said("AddUser: 502"), said("AddUser: 504", detail)};
@@ -80,8 +93,9 @@ INSTANTIATE_TEST_SUITE_P(AddAccount, Operation,
         Case{
             .name = "cutsTheNameOfTheAccountOnly",
             .params = {"adduser", NAME_40, PAIR, "z@x"},
-            .trace = {nobody(NAME_40), adding(NAME_31, "z@x"), added(NAME_40)},
-            .requests = {"[" + NAME_40 + "]", "[" + NAME_31 + "]"},
+            .prepare = record(NAME_40, "sky-hold"),
+            .trace = {asking(NAME_40), noRemoteUser(NAME_40, 2), adding(NAME_31, "z@x"), added(NAME_40)},
+            .requests = {"[" + NAME_40 + "]", "<xs:delete", "UserName=\"" + NAME_40 + "\"", "[" + NAME_31 + "]"},
             .check = "getent passwd " + NAME_31,
         },
         Case{
@@ -99,15 +113,13 @@ INSTANTIATE_TEST_SUITE_P(AddAccount, Operation,
                 "response Add User: error reading username/password/email params from request"},
         },
         taken("leavesAnotherGroupsAccount", "dave", "", asking("dave")),
-        // The system knows its id; the group is another record's.
-        taken("leavesTheSystemsAccount", "bob",
-            order("reply '<xs:response status=\"success\"><User id=\"7\"><User_Id>7</User_Id>"
-                  "<Group_Name><![CDATA[sky-hol]]></Group_Name><User_Name><![CDATA[bo]]></User_Name></User>'"),
-            askingInVain("bob", 0)),
-        badPair("emptyPair", "", ""), badPair("pairWithoutColon", "YWJj", "abc"),
+        leavesTheSystemsAccount("ofAShorterGroup", "sky-hol"), leavesTheSystemsAccount("ofALongerGroup", "sky-holders"),
+        leavesTheSystemsAccount("ofTheGroupInOtherCase", "Sky-hold"), badPair("emptyPair", "", ""),
+        badPair("pairWithoutColon", "YWJj", "abc"),
         failedAddition("refused", "refuse 'disk full'", refused("disk full")),
         failedAddition("refusedWithoutWords", "refuse-bare", refused("")),
         failedAddition("replyOfGarbage", "reply hello", refused("")),
+        failedAddition("replyOfALongerStatus", "reply '<xs:response status=\"success!\">'", refused("")),
         failedAddition("replyOfOtherCase", "reply '<xs:response status=\"SUCCESS\">'", refused("")),
         failedAddition("replyEmpty", "reply ''", refused("")), failedAddition("replyCutShort", "cut 60", refused("")),
         failedAddition("noReply", "no-reply", said("AddUser: 522")),

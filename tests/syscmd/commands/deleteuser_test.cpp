@@ -3,12 +3,15 @@
 
 namespace {
 
+const std::string P2P = "p2p-" + NAME_31; // is not cut
+const std::string REMOTE = "UserName=\"" + P2P + "\"";
+
 Case deletion(const char* name, const std::string& user, const std::string& prepare, const Trace& statements,
     const Texts& requests, const std::string& check)
 {
     return {
         .name = name,
-        .params = {"deleteuser", user, "p2p"},
+        .params = {"deleteuser", user, P2P},
         .prepare = prepare,
         .trace = {statements, said("DeleteAccountHandler: 1402", user), "code 0", "response success"},
         .requests = requests,
@@ -20,8 +23,8 @@ Case deletion(const char* name, const std::string& user, const std::string& prep
 Case deleted(const char* name, const std::string& user, const std::string& prepare, const Trace& found,
     const std::string& id, const std::string& check)
 {
-    return deletion(name, user, prepare, {found, noRemoteUser("p2p", 2)},
-        {"[" + user.substr(0, 31) + "]", "resource-id=\"" + id + "\"", "UserName=\"p2p\""}, check);
+    return deletion(name, user, prepare, {found, noRemoteUser(P2P, 2)},
+        {"[" + user.substr(0, 31) + "]", "resource-id=\"" + id + "\"", REMOTE}, check);
 }
 
 /** A deletion that fails; the answer depends on the at sign alone. */
@@ -64,6 +67,10 @@ INSTANTIATE_TEST_SUITE_P(DeleteAccount, Operation,
             "! getent passwd dave"),
         deleted("recordOfThatNameInOtherCase", "dave", record("Dave", "1002", "share"), askingInVain("dave", 0), "1004",
             "! getent passwd dave"),
+        deleted("recordOfALongerName", "dave", record("davey", "1002", "share"), askingInVain("dave", 0), "1004",
+            "! getent passwd dave"),
+        deleted("leafUserInsideAName", "dave", record("a_leafuser_1", "1002", "share"), askingInVain("dave", 0), "1004",
+            "! getent passwd dave"),
         deleted("recordWithoutId", "dave", record("dave", "", "share"), askingInVain("dave", 0), "1004",
             "! getent passwd dave"),
         deleted("recordWithoutGroup", "dave", record("dave", "1002", ""), askingInVain("dave", 0), "1004",
@@ -78,18 +85,21 @@ INSTANTIATE_TEST_SUITE_P(DeleteAccount, Operation,
         deletion("nobodyWithAtSignBehindTheName", NAME_31 + "@x", record("other", "7", ""), askingInVain(NAME_31, 0),
             {"[" + NAME_31 + "]"}, ""),
         deletion("remoteUserToo", "bob",
-            R"(sed 's/"remote_users": \[/&{"name": "p2p", "full_name": ""}/' )" SEED_FILE " | boxwelld seed -",
-            {asking("bob")}, {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! boxwelld show | grep p2p"),
+            R"(sed 's/"remote_users": \[/&{"name": ")" + P2P +
+                R"(", "full_name": ""}/' )" SEED_FILE " | boxwelld seed -",
+            {asking("bob")}, {"[bob]", "resource-id=\"1002\"", REMOTE}, "! boxwelld show | grep " + P2P),
         deletion("remoteUserNotReached", "bob", order("fail", 2), {asking("bob"), said("DelNetwork: SendMXLtoBWD")},
-            {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! getent passwd bob"),
+            {"[bob]", "resource-id=\"1002\"", REMOTE}, "! getent passwd bob"),
         deletion("remoteUserUnanswered", "bob", order("no-reply", 2), {asking("bob"), said("DelNetwork: SendMXLtoBWD")},
-            {"[bob]", "resource-id=\"1002\"", "UserName=\"p2p\""}, "! getent passwd bob"),
+            {"[bob]", "resource-id=\"1002\"", REMOTE}, "! getent passwd bob"),
         failedDeletion("nobodyWithAtSign", "z@x", record("other", "7", ""),
-            {askingInVain("z@x", 0), noRemoteUser("p2p", 1)}, {"[z@x]", "UserName=\"p2p\""}),
+            {askingInVain("z@x", 0), noRemoteUser(P2P, 1)}, {"[z@x]", REMOTE}),
         failedDeletion("noRecord", "zoe", "", unasked("zoe", {}), {"[zoe]"}),
         failedDeletion("noRecordAtSign", "z@x", "", unasked("z@x", {}), {"[z@x]"}),
         failedDeletion("noRecordAtSignBehindTheName", NAME_31 + "@x", "", unasked(NAME_31, {}), {"[" + NAME_31 + "]"}),
         failedDeletion("deletionRefused", "bob", order("refuse busy", 1),
+            {asking("bob"), said("DelUser: DelUser failed"), said("DelUser: ]: %s", "busy")}, BOB),
+        failedDeletion("deletionRefusedAtSignBehindANul", std::string("bob\0@", 5), order("refuse busy", 1),
             {asking("bob"), said("DelUser: DelUser failed"), said("DelUser: ]: %s", "busy")}, BOB),
         failedDeletion("deletionFailed", "bob", order("fail", 1),
             {asking("bob"), said("DelUser: process_request_bwdclient")}, BOB),

@@ -61,8 +61,10 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
         recorded("sweepsOldRecords", "bob", "t", "1",
             record("a", "carol", DAY + 10) + record("b", "bob", DAY - 60) + record("c", "", DAY + 10) +
                 "touch -d @-2208988800 " + SESSIONS + "c; touch -d 2100-01-01 " + SESSIONS +
-                "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS + "d; ln -s /etc/passwd " + SESSIONS +
-                "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
+                "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS +
+                "d; echo bob > /var/lib/device/old; touch -d '3 days ago' /var/lib/device/old; ln -s "
+                "/var/lib/device/old " +
+                SESSIONS + "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
             {removing("a"), removing("c")},
             "test \"$(ls " + SESSIONS + " | xargs)\" = 'b d l t' && ! test -e /dev/shm/a && rm /dev/shm/b"),
         Case{
@@ -110,13 +112,15 @@ std::vector<Case> pinning()
     return {
         recorded("pins", "bob", "t", "0", record("e", "", 0), {unread, PINNING},
             pinned + "t | cut -d ' ' -f 1 | grep i && " + IN_SESSIONS +
-                "test \"$(stat -c %a t)\" != 4 && test \"$(cat t)\" = bob"),
+                "test \"$(stat -c %a t)\" = 666 && test \"$(cat t)\" = bob"),
         recorded("unpinsTheUsersOwn", "bob", "t", "0",
-            record("a", "bob", 60, true) + record("b", "bob\\r\\nx", DAY + 60, true) +
-                record("c", "carol", DAY + 60, true),
+            record("a", "bob", 60) + "chattr +iA " + SESSIONS + "a; " + record("b", "bob\\r\\nx", DAY + 60, true) +
+                record("c", "carol", DAY + 60, true) + record("d", "bobby", 60, true) + record("e", "Bob", 60, true),
             {reset("a"), reset("b"), removing("b"), removing("c"), PINNING},
-            IN_SESSIONS + "test \"$(ls | xargs)\" = 'a c t' && lsattr a | cut -d ' ' -f 1 | grep -v i && "
-                          "lsattr c | cut -d ' ' -f 1 | grep i"),
+            IN_SESSIONS + "test \"$(ls | xargs)\" = 'a c d e t' && lsattr a | cut -d ' ' -f 1 | grep -v '[iA]' && "
+                          "test \"$(lsattr c d e | cut -d ' ' -f 1 | grep -c i)\" = 3"),
+        recorded("bytesBehindANulPinNothing", "bob", "t", std::string("0\0x", 3), record("a", "bob", 60, true), {},
+            pinned + "a | cut -d ' ' -f 1 | grep i && lsattr t | cut -d ' ' -f 1 | grep -v i"),
         recorded("onlyZeroPins", "bob", "t", "00", record("a", "bob", 60, true), {},
             pinned + "a | cut -d ' ' -f 1 | grep i && lsattr t | cut -d ' ' -f 1 | grep -v i"),
         recorded("anothersPinnedToken", "bob", "t", "0", record("t", "carol", 60, true), {},

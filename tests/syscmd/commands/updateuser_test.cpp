@@ -90,6 +90,27 @@ std::string ownerFile(const std::string& owner, const std::string& p2powner)
            p2powner + "</p2powner></registration>.'";
 }
 
+/** An update of an account that is not the owner's, though its login is. */
+Case notTheOwner(const char* name, const std::string& owner, const std::string& user)
+{
+    Case asked =
+        updated(name, {"updateuser", user, PAIR, "new", "new"}, exchanged(changing("new", "sky-hold", "new", "new"), 0),
+            {"Authorization: " + owner.substr(0, 31) + "\r\n"}, "grep -q '<owner>" + owner + "<' " OWNER_FILE);
+    asked.credentials = user + ":x";
+    asked.prepare = R"(echo '{"groups":[{"name":"sky-hold","id":2001}],"accounts":[{"name":")" + user +
+                    R"(","id":1001,"group":"sky-hold"}]}' | boxwelld seed -; echo '<owner>)" + owner +
+                    "</owner>' > " OWNER_FILE;
+    asked.access = {access(user, 1, 1)};
+    return asked;
+}
+
+Case emptyRemoteOwner()
+{
+    Case asked = updated("emptyRemoteOwnerStays", ALICE, ALICE_SAID, ALICE_SENT, ownerFile("alice@new", ""));
+    asked.prepare = "echo '<owner>alice</owner><p2powner></p2powner>' > " OWNER_FILE;
+    return asked;
+}
+
 INSTANTIATE_TEST_SUITE_P(UpdateUser, Operation,
     testing::Values(updated("renames", BOB, {BOB_ASKED, exchanged(BOB_INFO, 2)}, BOB_SENT,
                         "boxwelld show | grep -E '1002 +bob@new +sky-hold +unlocked +bob@new'"),
@@ -111,14 +132,22 @@ INSTANTIATE_TEST_SUITE_P(UpdateUser, Operation,
             {"[dave]", "<User_Id>1004</User_Id>", "<User_Id>1002</User_Id>"},
             events(1, "dave", "dave[0-9a-f]{4}", "bob")),
         updated("ownersFileIsRewritten", ALICE, ALICE_SAID, ALICE_SENT, ownerFile("alice@new", "alice-p2p")),
-        notUpdated("renameOfTheOtherRefused", {"updateuser", "bob", PAIR, "bob", "dave"},
-            order("refuse 'x already exists'", 1),
-            {asking("dave"), renaming("dave", 1), said("UpdateUser: the name is taken"),
+        emptyRemoteOwner(),
+        updated("p2pNameInOtherCase", {"updateuser", "bob", PAIR, "bob", "Bob"},
+            {asking("Bob"), exchanged(changing("bob", "sky-hold", "bob", "Bob"), 1)}, {"[Bob]", "Authorization"}, ""),
+        updated("p2pNameOfOtherLastBytes", {"updateuser", "bob", PAIR, NAME_31, NAME_31.substr(0, 30) + "z"},
+            {asking(NAME_31), asking(NAME_31.substr(0, 30) + "z"),
+                exchanged(changing(NAME_31, "sky-hold", NAME_31, NAME_31.substr(0, 30) + "z"), 2)},
+            {"[" + NAME_31 + "]", "[" + NAME_31.substr(0, 30) + "z]", "Authorization"}, ""),
+        notUpdated("renameOfTheOtherRefused", {"updateuser", "bob", PAIR, NAME_40, "dave"},
+            order("refuse 'x already exists'", 2),
+            {asking(NAME_31), asking("dave"), renaming("dave", 2), said("UpdateUser: the name is taken"),
                 said("UpdateUser: MXL error", "x already exists"),
                 said("renameLocalUserIfExists: failed with", "dave", -1),
-                said("UpdateUserHandler: failed resolving", "bob")},
-            {"[dave]", "<User_Id>1004</User_Id>"},
-            events(1, "dave", "dave[0-9a-f]{4}", "bob") + " && getent passwd dave"),
+                said("UpdateUserHandler: failed resolving", NAME_40)},
+            {"[" + NAME_31 + "]", "[dave]", "<User_Id>1004</User_Id>"},
+            events(1, "dave", "dave[0-9a-f]{4}", NAME_31) + " && getent passwd dave"),
+        notTheOwner("ownerInOtherCase", "Alice", "alice"), notTheOwner("longOwner", NAME_40, NAME_31),
         notUpdated("firstRenamesFailureIsForgotten", {"updateuser", "bob", PAIR, "dave", "b-p2p"},
             order("refuse busy", 1),
             {asking("dave"), renaming("dave", 1), said("UpdateUser: refused: another"),

@@ -59,11 +59,11 @@ const std::string RENAMED = "grep -q '<owner>alice@new</owner>.*<p2powner>alice<
 const std::string FLAGGED = "test -f " + FLAG;
 
 INSTANTIATE_TEST_SUITE_P(UpgradeToSSO, Operation,
-    testing::Values(
-        upgraded("keepsThePassword", BOB, "echo old > " + FLAG, BOB_INFO, {}, {"<Group_Name><![CDATA[sky-hold]]>"},
-            "getent passwd bob@new && " + FLAGGED + " && ! test -s " + FLAG +
-                " && grep -q '<owner>alice</owner>' " OWNER_FILE),
-        upgraded("owner", ALICE, "", ALICE_INFO, {}, {"<SysHash><![CDATA[$1$salt$system]]>"}, RENAMED),
+    testing::Values(upgraded("keepsThePassword", BOB, "", BOB_INFO, {}, {"<Group_Name><![CDATA[sky-hold]]>"},
+                        "getent passwd bob@new && test \"$(stat -c %a-%s " + FLAG + ")\" = 777-0" +
+                            " && grep -q '<owner>alice</owner>' " OWNER_FILE),
+        upgraded("owner", ALICE, "echo old > " + FLAG, ALICE_INFO, {}, {"<SysHash><![CDATA[$1$salt$system]]>"},
+            RENAMED + " && " + FLAGGED + " && ! test -s " + FLAG),
         upgraded("cutsTheNameNotTheAddress", {"upgradeusertosso", "bob", NAME_40, ""}, "", keeping(NAME_31, NAME_40),
             {}, {"<Email_Address><![CDATA[" + NAME_40 + "]]>"}, "getent passwd " + NAME_31),
         upgraded("flagNotSet", BOB, "mkdir " + FLAG, BOB_INFO, {said("UpgradeUserToSSO: 998", "Is a directory")},
@@ -80,6 +80,17 @@ INSTANTIATE_TEST_SUITE_P(UpgradeToSSO, Operation,
         notUpgraded("ownerBothFailed", ALICE, "rm /var/lib/device/info/Model; " + order("no-reply"),
             upgrading(ALICE, ALICE_INFO, {said("UpdateUser: respond is not initialized"), UPDATE_FAILED, FILE_FAILED}),
             -3, FLAGGED),
+        Case{
+            .name = "passwordOfBytesBehindANul",
+            .params = {"upgradeusertosso", "bob", "bob@new", std::string("\0x", 2)},
+            .code = CODE_FAILED,
+            .response = "UpgradeUserToSSO: error upgrading p2p user:bob",
+            .trace = {said("UpgradeUserToSSOHandler: 1443", "bob", "bob@new"),
+                said("UpdateUser: invalid hash value", "", ""), UPDATE_FAILED,
+                said("UpgradeUserToSSOHandler: 1461", "bob", -2), "code 1",
+                "response UpgradeUserToSSO: error upgrading p2p user:bob"},
+            .check = FLAGGED,
+        },
         Case{
             .name = "nobody",
             .params = {"upgradeusertosso", "zoe", "zoe@new", PAIR},
