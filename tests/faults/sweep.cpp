@@ -82,7 +82,7 @@ Outcome run(const Variant& variant, const Fault& fault, void (*execute)(ITransac
     const bool speaks = fault.error == ENOMEM || std::strcmp(fault.kind, "ioctl") == 0;
     const std::string log = outcome.struck && speaks ? logFile() : "";
     for (const Statement& statement : statementsOf(log)) {
-        outcome.unknown += isKnown(statement) ? "" : statement.unit + ": " + statement.text;
+        outcome.unknown += rowOf(statement) != nullptr ? "" : statement.unit + ": " + statement.text;
     }
     return outcome;
 }

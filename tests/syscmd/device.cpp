@@ -83,6 +83,11 @@ std::vector<Statement> fileStatements()
     return statementsOf(readFile(LOG_FILE));
 }
 
+void emptyLogFile()
+{
+    std::ofstream(LOG_FILE).close();
+}
+
 std::vector<Statement> journalStatements()
 {
     static const std::map<std::string, const char*> levels = {{"3", "ERROR"}, {"6", "INFO"}, {"7", "DEBUG"}};

@@ -25,6 +25,7 @@ void command(RecordingTransaction& transaction);
 
 /** The log file as a list. */
 std::vector<Statement> fileStatements();
+void emptyLogFile();
 
 /** The statements that reached the journal since the last call. */
 std::vector<Statement> journalStatements();

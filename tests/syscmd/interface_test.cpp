@@ -166,4 +166,48 @@ TEST(Interface, exceptionsStayInside)
     }
 }
 
+/** A broker one of whose calls throws. */
+struct FailingTransaction : RecordingTransaction {
+    mutable int calls_left = 0; // until that one; negative: it was made
+    void count() const
+    {
+        if (calls_left-- == 0)
+            throw std::bad_alloc();
+    }
+    int getLogLevel() const override { return count(), RecordingTransaction::getLogLevel(); }
+    bool getRequestParam(int index, std::string& value) const override
+    {
+        return count(), RecordingTransaction::getRequestParam(index, value);
+    }
+    bool getAuthInfo(std::string& value) const override { return count(), RecordingTransaction::getAuthInfo(value); }
+    void setCode(TTransactionCode value) override { count(), RecordingTransaction::setCode(value); }
+    void setMoniker(const std::string&) override { count(); }
+    void setMethod(const std::string&) override { count(); }
+    void setBodyType(const std::string&) override { count(); }
+    int addResponseParam(const std::string& value) override
+    {
+        return count(), RecordingTransaction::addResponseParam(value);
+    }
+};
+
+TEST(Interface, anExceptionOfEachCallIsAnsweredOnce)
+{
+    resetDevice();
+    for (const char* login : {"alice", "mallory"}) { // who is admitted, and who is not
+        for (int calls = 0;; ++calls) {
+            FailingTransaction transaction;
+            transaction.params = {"addremoteuser", ""};
+            transaction.credentials = base64(login);
+            transaction.calls_left = calls;
+            command(transaction);
+            EXPECT_EQ(transaction.code, CODE_FAILED) << login << ' ' << calls;
+            EXPECT_EQ(transaction.responses.size(), 1U) << login << ' ' << calls;
+            if (transaction.calls_left >= 0) {
+                EXPECT_GE(calls, 8);
+                break;
+            }
+        }
+    }
+}
+
 } // namespace

@@ -4,6 +4,7 @@
 #include "common/common.h"
 #include "common/io.h"
 #include "tests/syscmd/device.h"
+#include "tests/syscmd/frozen_time.h"
 #include "tests/syscmd/trace.h"
 
 #include <gtest/gtest.h>
@@ -13,15 +14,10 @@ class OnDevice : public testing::Test {
     void SetUp() override
     {
         MAX_LOG_LEVEL = 7;
+        frozen_time = 0;
         resetDevice();
     }
-    void TearDown() override
-    {
-        for (const Statement& one : fileStatements())
-            EXPECT_TRUE(isKnown(one)) << one.level << ' ' << one.unit << ' ' << one.line << ' ' << one.text;
-        for (const Statement& one : journalStatements())
-            EXPECT_TRUE(isPlace(one)) << one.level << ' ' << one.unit << ' ' << one.line << ' ' << one.function;
-    }
+    void TearDown() override { expectKnown(); }
 };
 
 /** A text that a routine handed over. */

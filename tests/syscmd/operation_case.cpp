@@ -41,6 +41,7 @@ Said noRemoteUser(const std::string& name, int exchange)
 // The first entry of a process opens its socket to the journal, for good.
 void Operation::SetUpTestSuite()
 {
+    frozen_time = NOW;
     RecordingTransaction none;
     resetDevice();
     command(none);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/syscmd/device.h"
+#include "tests/syscmd/frozen_time.h"
 #include "tests/syscmd/trace.h"
 
 #include <gtest/gtest.h>
@@ -53,4 +54,5 @@ Said noRemoteUser(const std::string& name, int exchange);
 inline const std::string DEFAULT_TEXT = "system command failed"; // where no operation says otherwise
 inline const std::string NAME_31 = "abcdefghijklmnopqrstuvwxyz01234";
 inline const std::string NAME_40 = NAME_31 + "567890123";
+inline constexpr time_t NOW = 1898600000; // to the plug-in
 inline const std::string PAIR = base64("SMB:$1$salt$system");

@@ -150,7 +150,7 @@ bool see(const Row& row, int line)
     return is_its;
 }
 
-bool isKnown(const Statement& statement)
+const Row* rowOf(const Statement& statement)
 {
     const Row* of = nullptr; // the one that leaves least to arguments
     for (const Row& row : rows()) {
@@ -159,13 +159,5 @@ bool isKnown(const Statement& statement)
         if (may_be && (of == nullptr || said(row) > said(*of)))
             of = &row;
     }
-    return of != nullptr && see(*of, statement.line);
-}
-
-bool isPlace(const Statement& entry)
-{
-    return std::any_of(rows().begin(), rows().end(), [&](const Row& row) {
-        return row.level == entry.level && row.unit == entry.unit && row.function == entry.function &&
-               lineOf(row) == entry.line;
-    });
+    return of != nullptr && see(*of, statement.line) ? of : nullptr;
 }

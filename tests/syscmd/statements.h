@@ -37,8 +37,5 @@ int lineOf(const Row& row);
 /** Takes note that the row was said at a line; whether that line is this row's and no other's. */
 bool see(const Row& row, int line);
 
-/** Whether a statement of the file is one row's; then that was seen. */
-bool isKnown(const Statement& statement);
-
-/** Whether an entry of the journal has the level, unit, line and function of a row that was seen. */
-bool isPlace(const Statement& entry);
+/** The row that a statement of the file is of, which then was seen; null: of none. */
+const Row* rowOf(const Statement& statement);

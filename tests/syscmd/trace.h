@@ -38,10 +38,12 @@ template<class... Arguments> Said said(const std::string& key, const Arguments&.
     return saidWith(key, {argument(arguments)...});
 }
 
-/** Arguments: request or reply of the daemon's n-th exchange; whatever matches an expression. */
+/** Arguments: request or reply of the daemon's n-th exchange. */
 std::string sent(int exchange);
 std::string answer(int exchange);
-std::string like(const std::string& expression);
 
-/** Compares file and journal, each with what is expected; the statements that are as expected were seen. */
-void expectSaid(const Trace& expected, int log_level = 7);
+/** Compares file and journal, each with what is expected, and empties them; what is as expected was seen. */
+void expectSaid(const Trace& expected);
+
+/** What else file and journal hold are statements of the table. */
+void expectKnown();

@@ -31,13 +31,13 @@ Case recorded(const char* name, const std::string& user, const std::string& toke
 std::string record(const std::string& token, const std::string& user, int age, bool pinned = false)
 {
     const std::string path = SESSIONS + token;
-    return "mkdir -p " + SESSIONS + " && printf '" + user + "' > " + path + " && touch -d @$(($(date +%s) - " +
-           std::to_string(age) + ")) " + path + (pinned ? " && chattr +i " + path + "; " : "; ");
+    return "mkdir -p " + SESSIONS + " && printf '" + user + "' > " + path + " && touch -d @" +
+           std::to_string(NOW - age) + " " + path + (pinned ? " && chattr +i " + path + "; " : "; ");
 }
 
-Said removing(const std::string& token)
+Said removing(const std::string& token, time_t written)
 {
-    return said("CleanupObsoleteLocalSessions: REMOVE", token, like("-?[0-9]+"), like("[0-9]+"));
+    return said("CleanupObsoleteLocalSessions: REMOVE", token, std::to_string(written), std::to_string(NOW));
 }
 
 const Said PINNING = said("UpdateLocalSessionRecords: set immutable flag", SESSIONS + "t");
@@ -62,10 +62,10 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
             record("a", "carol", DAY + 10) + record("b", "bob", DAY - 60) + record("c", "", DAY + 10) +
                 "touch -d @-2208988800 " + SESSIONS + "c; touch -d 2100-01-01 " + SESSIONS +
                 "b; : > /dev/shm/a; : > /dev/shm/b; mkdir " + SESSIONS +
-                "d; echo bob > /var/lib/device/old; touch -d '3 days ago' /var/lib/device/old; ln -s "
+                "d; echo bob > /var/lib/device/old; touch -d @0 /var/lib/device/old; ln -s "
                 "/var/lib/device/old " +
-                SESSIONS + "l; touch -h -d '3 days ago' " + SESSIONS + "d " + SESSIONS + "l",
-            {removing("a"), removing("c")},
+                SESSIONS + "l; touch -h -d @0 " + SESSIONS + "d " + SESSIONS + "l",
+            {removing("a", NOW - DAY - 10), removing("c", -2208988800)},
             "test \"$(ls " + SESSIONS + " | xargs)\" = 'b d l t' && ! test -e /dev/shm/a && rm /dev/shm/b"),
         Case{
             .name = "directoryCannotBeMade",
@@ -114,9 +114,9 @@ std::vector<Case> pinning()
             pinned + "t | cut -d ' ' -f 1 | grep i && " + IN_SESSIONS +
                 "test \"$(stat -c %a t)\" = 666 && test \"$(cat t)\" = bob"),
         recorded("unpinsTheUsersOwn", "bob", "t", "0",
-            record("a", "bob", 60) + "chattr +iA " + SESSIONS + "a; " + record("b", "bob\\r\\nx", DAY + 60, true) +
-                record("c", "carol", DAY + 60, true) + record("d", "bobby", 60, true) + record("e", "Bob", 60, true),
-            {reset("a"), reset("b"), removing("b"), removing("c"), PINNING},
+            record("a", "bob", 60) + "chattr +iA " + SESSIONS + "a; " + record("b", "bob\\r\\nx", DAY + 1, true) +
+                record("c", "carol", DAY + 1, true) + record("d", "bobby", 60, true) + record("e", "Bob", 60, true),
+            {reset("a"), reset("b"), removing("b", NOW - DAY - 1), removing("c", NOW - DAY - 1), PINNING},
             IN_SESSIONS + "test \"$(ls | xargs)\" = 'a c d e t' && lsattr a | cut -d ' ' -f 1 | grep -v '[iA]' && "
                           "test \"$(lsattr c d e | cut -d ' ' -f 1 | grep -c i)\" = 3"),
         recorded("bytesBehindANulPinNothing", "bob", "t", std::string("0\0x", 3), record("a", "bob", 60, true), {},
