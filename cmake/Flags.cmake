@@ -40,7 +40,7 @@ endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
     add_compile_options(-ffunction-sections -fdata-sections)
-    add_link_options(-Wl,--gc-sections -Wl,-O2)
+    add_link_options(-Wl,--gc-sections)
 endif()
 
 # ship_small(TARGET...): object libraries of the plug-in, in a build for size. docs/device-build.md
@@ -49,7 +49,7 @@ function(ship_small)
     if(CMAKE_BUILD_TYPE STREQUAL MinSizeRel)
         foreach(target ${ARGV})
             target_compile_options(${target} PRIVATE
-                -flto -ffat-lto-objects -fno-ipa-sra -fno-gcse -fno-ipa-icf
+                -flto -ffat-lto-objects -fno-ipa-sra -fno-gcse
                 "$<$<COMPILE_LANGUAGE:CXX>:SHELL:-include ${CMAKE_SOURCE_DIR}/common/shared_string.h>")
         endforeach()
     endif()

@@ -1,27 +1,25 @@
-#include "liblst/characters.h"
 #include "liblst/export.h"
 #include "liblst/failure.h"
 #include "liblst/liblst.h"
 #include "liblst/list_builder.h"
 #include "liblst/owned.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace {
 
-/** Appends the entry of the line [line, end), which is edited; false with ENOMEM. */
-bool appendEntry(ListBuilder& map, char* line, char* end)
+/** Appends the entry of a line, which is edited; false with ENOMEM. */
+bool appendEntry(ListBuilder& map, char* line)
 {
-    end = std::remove_if(line, end, isBlank);
-    const char* equals = std::find(line, end, '=');
-    const bool is_entry = equals != line && end - equals > 1 && *line != '#';
+    delGaps(line);
+    const char* equals = std::strchr(line, '=');
+    const bool is_entry = equals != nullptr && equals != line && equals[1] != '\0' && *line != '#';
     if (!is_entry) {
         return true;
     }
     const char* value = equals + 1;
     return appendCopy(map, line, static_cast<std::size_t>(equals - line)) &&
-           appendCopy(map, value, static_cast<std::size_t>(end - value));
+           appendCopy(map, value, std::strlen(value));
 }
 
 } // namespace
@@ -36,13 +34,15 @@ EXPORTED char** readConfig(const char* path)
         return nullptr;
     }
     AUTO_RELEASE_LIST ListBuilder map = {};
-    for (char* line = text; *line != '\0';) {
-        char* end = strchrnul(line, '\n');
-        char* next = *end != '\0' ? end + 1 : end;
-        if (!appendEntry(map, line, end)) {
+    for (char* line = text; line != nullptr;) {
+        char* end = std::strchr(line, '\n');
+        if (end != nullptr) {
+            *end++ = '\0';
+        }
+        if (!appendEntry(map, line)) {
             return nullptr;
         }
-        line = next;
+        line = end;
     }
     return finishList(map);
 }

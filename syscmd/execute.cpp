@@ -10,9 +10,10 @@ namespace {
 
 constexpr Speaker EXECUTE = SPEAKER("execute");
 
-/** The response unless a handler has a better one. It exists from load on: the answer to exhausted
- * memory needs none. */
-const std::string FAILED_TEXT = "system command failed"s;
+/** The response unless a handler has a better one. */
+constexpr std::string_view FAILED = "system command failed";
+/** It exists from load on: the answer to exhausted memory needs none. */
+const std::string FAILED_TEXT(FAILED);
 
 /** Adds the one response parameter of a command; `answered` tells that it was added. */
 void answer(ITransaction& tx, const std::string& response, bool& answered)
@@ -28,7 +29,7 @@ void carryOut(ITransaction& tx, bool& answered)
     tx.setMoniker("/root/devices"s);
     tx.setMethod("userstate"s);
     tx.setBodyType("jobstate"s);
-    std::string response = FAILED_TEXT;
+    std::string response(FAILED);
 
     std::string name;
     if (!tx.getRequestParam(0, name)) {

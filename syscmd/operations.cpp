@@ -2,6 +2,8 @@
 
 #include "syscmd/handler.h"
 
+#include <string_view>
+
 constexpr const char* OPERATION_ADDACCOUNT = "adduser";
 constexpr const char* OPERATION_DELETEACCOUNT = "deleteuser";
 constexpr const char* OPERATION_UPDATE_USER = "updateuser";
@@ -27,7 +29,7 @@ constexpr Operation OPERATIONS[] = {
 const Operation* findOperation(const std::string& name)
 {
     for (const Operation& operation : OPERATIONS) {
-        if (name == operation.name) {
+        if (std::string_view(name) == operation.name) {
             return &operation;
         }
     }

@@ -4,7 +4,7 @@ set -euo pipefail
 
 # Bytes of text, data and bss that the device has room for, pages of memory that loading may make its own,
 # and the libraries that it has.
-LIMIT=${SIZE_LIMIT:-46500}
+LIMIT=${SIZE_LIMIT:-46000}
 DIRTY_LIMIT=3
 LIBRARIES='ld-linux-armhf.so.3 libbwdclient.so libc.so.6 libcrypt.so.1 libgcc_s.so.1 libglib-2.0.so.0
     libstdc++.so.6 libsystemd.so.0'

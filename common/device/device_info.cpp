@@ -55,6 +55,8 @@ bool readXid(AgentId& xid)
         return false;
     }
     // The id ends at the first blank or line end, wherever it stands.
-    xid[strcspn(xid, " \r\n")] = '\0';
+    if (char* end = strpbrk(xid, " \r\n")) {
+        *end = '\0';
+    }
     return xid[0] != '\0';
 }

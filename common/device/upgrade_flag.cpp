@@ -9,9 +9,9 @@
 
 int setSSOUpgradeFlag()
 {
-    const int flag = creat(SSO_UPGRADE_FLAG, 0777);
-    const int creat_errno = errno;
+    const int flag = open(SSO_UPGRADE_FLAG, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0777);
+    const int open_errno = errno;
     close(flag); // of -1 too: refused, and of no consequence
-    errno = creat_errno;
+    errno = open_errno;
     return flag == -1 ? -1 : SUCCESS;
 }

@@ -6,6 +6,7 @@
 #include <crypt.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 extern "C" {

@@ -15,7 +15,7 @@ bool readParameters(const ITransaction& tx, std::span<std::string> values)
 
 std::string accountName(const std::string& text)
 {
-    return text.substr(0, MAX_USERNAME_LENGTH);
+    return std::string(std::string_view(text).substr(0, MAX_USERNAME_LENGTH));
 }
 
 void fail(ITransaction& tx, std::string& response, const char* text, std::string_view rest)

@@ -1,5 +1,8 @@
-/** What handlers share. Parameters stay strings in a handler, bytes behind a NUL included; they are
- * C strings only for the routines that take these. */
+/**
+ * What handlers share. Parameters stay strings in a handler, bytes behind a NUL included; they are
+ * C strings only for the routines that take these. They are compared, searched and cut as views: a
+ * member of std::string is one more symbol that loading has to find, and 100 bytes of a device.
+ */
 #pragma once
 
 #include "common/log.h"

@@ -21,7 +21,7 @@ void DeleteAccountHandler(ITransaction* pTx, std::string& response)
     const int result = DelUser(accountName(username).c_str(), p2pusername.c_str(), ANY_ACCOUNT);
     if (result == SUCCESS) {
         LOG_AT(1402, Debug, "[syscmd:%s: DelUser %s success\n", __func__, username.c_str());
-    } else if (username.find('@') == std::string::npos) {
+    } else if (std::string_view(username).find('@') == std::string_view::npos) {
         LOG_AT(
             1415, Error, "ERROR [syscmd:%s]: DelUser %s failed with code=%d\n", __func__,
             username.c_str(), result

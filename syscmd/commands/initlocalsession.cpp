@@ -23,7 +23,7 @@ void InitLocalSessionHandler(ITransaction* pTx, std::string& response)
     const char* user = name.c_str();
     LOG(Info, "[syscmd:%s]: InitLocalSession %s", __func__, user);
 
-    const bool pinned = expires == PINNED;
+    const bool pinned = std::string_view(expires) == PINNED;
     CleanupObsoleteLocalSessions(pinned ? user : nullptr);
     UpdateLocalSessionRecords(token.c_str(), user, pinned ? PINNED : "");
 
