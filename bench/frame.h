@@ -59,15 +59,7 @@ class Frame {
         if (!wants(about.name)) {
             return;
         }
-        if (about.before_each) {
-            about.before_each();
-        }
-        const auto mine = ours();
-        if (about.before_each) {
-            about.before_each();
-        }
-        const auto other = peer();
-        if (!same(mine, other)) {
+        if (!agree(about, ours, peer)) {
             fail(about.name + ": the results of " + about.against + " differ");
         } else if (!options.check_only) {
             measure(about, repeat(about, ours), repeat(about, peer));
@@ -94,6 +86,19 @@ class Frame {
     int finish() const;
 
   private:
+    template<typename Ours, typename Peer>
+    static bool agree(const Case& about, Ours ours, Peer peer)
+    {
+        if (about.before_each) {
+            about.before_each();
+        }
+        const auto mine = ours();
+        if (about.before_each) {
+            about.before_each();
+        }
+        return same(mine, peer());
+    }
+
     template<typename Work> static Batch repeat(const Case& about, Work work)
     {
         using Result = decltype(work());
