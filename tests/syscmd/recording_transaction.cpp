@@ -6,6 +6,7 @@ bool RecordingTransaction::getRequestParam(int index, std::string& value) const
 {
     calls.push_back("getRequestParam " + std::to_string(index));
     const auto at = static_cast<std::size_t>(index);
+    EXPECT_LE(at, params.size()) << "what is behind a missing parameter is read";
     if (at >= params.size())
         return false;
     value = params[at];

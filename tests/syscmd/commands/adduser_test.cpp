@@ -39,7 +39,8 @@ const Texts ZOE = {"adduser", "zoe", PAIR, "z@x"};
 
 Case failedAddition(const char* name, const std::string& ordered, const Trace& why)
 {
-    return notAdded(name, ZOE, order(ordered, 1), {nobody("zoe"), adding("zoe", "z@x"), why}, {"[zoe]", "<xs:add"}, "");
+    return notAdded(name, {"adduser", NAME_40, PAIR, "z@x"}, order(ordered, 1),
+        {nobody(NAME_40), adding(NAME_31, "z@x"), why}, {"[" + NAME_40 + "]", "<xs:add"}, "");
 }
 
 Case badPair(const char* name, const std::string& pair, const std::string& decoded)
