@@ -50,9 +50,9 @@ analyzer() {
 
 # Arrows point one way: syscmd -> common -> liblst -> the C library; nothing that ships needs devkit.
 arrows() {
-    ! grep -nE '#include "(common|syscmd|devkit|tests)/' liblst/*.h liblst/*.cpp &&
-        ! grep -nE '#include "(syscmd|devkit|tests)/' common/*.h common/*.cpp &&
-        ! grep -nE '#include "(devkit|tests)/' syscmd/*.h syscmd/*.cpp
+    ! git grep --untracked -nE '#include "(common|syscmd|devkit|tests)/' -- liblst &&
+        ! git grep --untracked -nE '#include "(syscmd|devkit|tests)/' -- common &&
+        ! git grep --untracked -nE '#include "(devkit|tests)/' -- syscmd
 }
 
 check 'layout (clang-format)' layout
