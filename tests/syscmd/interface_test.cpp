@@ -100,20 +100,22 @@ template<int slot> const std::string* noted(Transaction* self)
 }
 
 /** Calls what the plug-in does not, in the order of the slots. */
-void callUnused(ITransaction& tx)
+void callUnused(ITransaction* tx)
 {
     std::string text;
-    tx.getGuid(), tx.getMethod(), tx.getBody(), tx.getResponse(), tx.getRequest(), tx.getMoniker(), tx.getResponseURL();
-    tx.getCode(), tx.getOutputFile(), tx.getTempPipeName(), tx.getResponseParam(0, text), tx.setOutputFile(nullptr);
-    tx.setTempPipeName(text), tx.setTempZipPath(text), tx.setZipFlag(0), tx.getZipFlag(), tx.setResponseURL(text);
-    tx.setRangeStart(text), tx.setRangeEnd(text), tx.getRangeStart(), tx.getRangeEnd();
+    tx->getGuid(), tx->getMethod(), tx->getBody(), tx->getResponse(), tx->getRequest(), tx->getMoniker(),
+        tx->getResponseURL();
+    tx->getCode(), tx->getOutputFile(), tx->getTempPipeName(), tx->getResponseParam(0, text),
+        tx->setOutputFile(nullptr);
+    tx->setTempPipeName(text), tx->setTempZipPath(text), tx->setZipFlag(0), tx->getZipFlag(), tx->setResponseURL(text);
+    tx->setRangeStart(text), tx->setRangeEnd(text), tx->getRangeStart(), tx->getRangeEnd();
 }
 
 template<int... slots> void expectSlots(std::integer_sequence<int, slots...>)
 {
     const std::vector<const void*> table = {reinterpret_cast<const void*>(&noted<slots>)...};
     Transaction transaction = {table.data(), {}, {}};
-    callUnused(reinterpret_cast<ITransaction&>(transaction));
+    callUnused(reinterpret_cast<ITransaction*>(&transaction));
     EXPECT_EQ(transaction.calls, (std::vector<std::string>{"2", "3", "4", "5", "6", "7", "8", "9", "11", "12", "15",
                                      "21", "22", "23", "24", "25", "26", "27", "28", "29", "30"}));
 }
