@@ -22,10 +22,14 @@ bool belongsTo(int directory, const char* name, const char* user)
 {
     const int fd = openat(directory, name, O_RDONLY | O_CLOEXEC);
     char line[256];
-    const ssize_t got = read(fd, line, sizeof line - 1);
+    std::size_t length = 0;
+    ssize_t got = 0;
+    do { // to the end: a read may give less than there is
+        got = read(fd, line + length, sizeof line - length);
+        length += got > 0 ? static_cast<std::size_t>(got) : 0;
+    } while (got > 0 && length < sizeof line);
     close(fd);
-    return got > 0 && std::strlen(user) == static_cast<std::size_t>(got) &&
-           std::strncmp(line, user, static_cast<std::size_t>(got)) == 0;
+    return std::strlen(user) == length && std::strncmp(line, user, length) == 0;
 }
 
 void removeRecord(int directory, const char* name, time_t modified, time_t now)

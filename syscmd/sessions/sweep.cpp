@@ -77,6 +77,8 @@ void unpinIfOwned(const char* name, const char* owner)
     if (record == nullptr) {
         return;
     }
+    char buffer[256]; // without one of its own, the stream allocates a page for a name
+    setvbuf(record, buffer, _IOFBF, sizeof buffer);
     char line[256];
     if (readline(line, sizeof line, record) != SUCCESS) {
         LOG_AS(SWEEP, Error, "[%s] Unable to read username from file %s \n", SWEEP.function, name);
