@@ -1,3 +1,5 @@
+#include "syscmd/access.h"
+
 #include "common/account_name.h"
 #include "common/base64.h"
 #include "common/log.h"
@@ -11,8 +13,18 @@
 
 namespace {
 
-/** Ends the credentials behind the login: at the first colon, MAX_USERNAME_LENGTH bytes at most.
- * Without a colon the whole text is the login, however long. */
+/** Fills the flags for a login; a null one (memory ran out) is nobody's, not an empty name. */
+void identify(const char* login, int& is_owner, int& is_sh)
+{
+    is_owner = isOwner(login);
+    if constexpr (STRICT) { // nobody's, where the daemon must not be asked
+        login = login != nullptr && mayHold(Parameter::User, login) ? login : nullptr;
+    }
+    is_sh = is_owner != 0 ? 1 : isUserInGroup(login, SKYHOLD_GROUP);
+}
+
+} // namespace
+
 void cutLogin(char* credentials)
 {
     if (char* colon = strchr(credentials, ':')) {
@@ -20,15 +32,6 @@ void cutLogin(char* credentials)
         credentials[std::min(length, MAX_USERNAME_LENGTH)] = '\0';
     }
 }
-
-/** Fills the flags for a login; a null one (memory ran out) is nobody's, not an empty name. */
-void identify(const char* login, int& is_owner, int& is_sh)
-{
-    is_owner = isOwner(login);
-    is_sh = is_owner != 0 ? 1 : isUserInGroup(login, SKYHOLD_GROUP);
-}
-
-} // namespace
 
 int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_owner, int& is_sh)
 {
@@ -52,8 +55,8 @@ int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_ow
     const char* login = decoded == nullptr ? "" : decoded;
     LOG_AT(
         1278, Debug,
-        "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n", login,
-        is_owner, is_sh
+        "INFO [syscmd:execute]: ACCESS REQUESTED for SYS: login=%s is_owner=%d is_sh=%d\n",
+        LOGGED(login), is_owner, is_sh
     );
     if (is_owner != 0 || is_sh != 0) {
         return SUCCESS;
@@ -63,7 +66,7 @@ int AuthenticateUser(const std::string& operation, ITransaction* pTx, int& is_ow
         1282, Error,
         "ERROR [syscmd:%s]: ACCESS DENIED for SYS: operation=%s login=%s is_owner=%d "
         "is_sh=%d\n",
-        __func__, operation.c_str(), login, is_owner, is_sh
+        __func__, operation.c_str(), LOGGED(login), is_owner, is_sh
     );
     return -1;
 }

@@ -53,7 +53,7 @@ void carryOut(ITransaction& tx, bool& answered)
     } else {
         LOG_AS_AT(
             EXECUTE, 1644, Error, "ERROR [syscmd:%s]: unknown operation: %s\n", EXECUTE.function,
-            name.c_str()
+            LOGGED(name.c_str())
         );
         fail(tx, response, "operation unknown");
     }

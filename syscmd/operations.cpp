@@ -14,14 +14,17 @@ constexpr const char* OPERATION_INITLOCALSESSION = "initlocalsession";
 
 namespace {
 
+using enum Parameter;
+using enum Requester;
+
 constexpr Operation OPERATIONS[] = {
-    {OPERATION_ADDACCOUNT, Requester::Owner, AddAccountHandler},
-    {OPERATION_ADDREMOTEUSER, Requester::Owner, AddRemoteUserHandler},
-    {OPERATION_UREGISTER, Requester::Anyone, UnregisterHandler},
-    {OPERATION_DELETEACCOUNT, Requester::OwnerOrMember, DeleteAccountHandler},
-    {OPERATION_UPGRADE_USER_TO_SSO, Requester::OwnerOrMember, UpgradeUserToSSOHandler},
-    {OPERATION_UPDATE_USER, Requester::OwnerOrMember, UpdateUserHandler},
-    {OPERATION_INITLOCALSESSION, Requester::OwnerOrMember, InitLocalSessionHandler},
+    {OPERATION_ADDACCOUNT, Owner, AddAccountHandler, {User, Pair, Email}},
+    {OPERATION_ADDREMOTEUSER, Owner, AddRemoteUserHandler, {User}},
+    {OPERATION_UREGISTER, Anyone, UnregisterHandler, {}},
+    {OPERATION_DELETEACCOUNT, OwnerOrMember, DeleteAccountHandler, {User, P2pUser}},
+    {OPERATION_UPGRADE_USER_TO_SSO, OwnerOrMember, UpgradeUserToSSOHandler, {User, Email, Pair}},
+    {OPERATION_UPDATE_USER, OwnerOrMember, UpdateUserHandler, {User, Pair, Email, P2pUser}},
+    {OPERATION_INITLOCALSESSION, OwnerOrMember, InitLocalSessionHandler, {User, Token, Expiry}},
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/transaction.h"
+#include "syscmd/strict.h"
 
 #include <string>
 
@@ -16,6 +17,7 @@ struct Operation {
     const char* name;
     Requester requester;
     void (*handle)(ITransaction* pTx, std::string& response);
+    [[no_unique_address]] Parameters parameters; /**< of a strict build alone */
 };
 
 /** The operation called `name` exactly; null when there is none. */

@@ -1,6 +1,7 @@
 #include "syscmd/commands/command.h"
 
 #include "common/account_name.h"
+#include "syscmd/strict.h"
 
 bool readParameters(const ITransaction& tx, std::span<std::string> values)
 {
@@ -10,7 +11,7 @@ bool readParameters(const ITransaction& tx, std::span<std::string> values)
             return false;
         }
     }
-    return true;
+    return !STRICT || checkParameters(tx, values);
 }
 
 std::string accountName(const std::string& text)

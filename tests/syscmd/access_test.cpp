@@ -13,17 +13,11 @@ std::string loginOf(const std::string& credentials)
 /** A command that gets as far as its missing parameters. */
 Case admitted(const char* name, const std::string& credentials, const std::string& prepare)
 {
-    const std::string text = "Delete User: error reading username/password params from request";
-    return {
-        .name = name,
-        .params = {"deleteuser"},
-        .credentials = credentials,
-        .prepare = prepare,
-        .code = CODE_FAILED,
-        .response = text,
-        .access = {access(loginOf(credentials), 1, 1)},
-        .trace = {"code 1", said("DeleteAccountHandler: 1425"), "response " + text},
-    };
+    Case asked = lacking(name, {"deleteuser"});
+    asked.credentials = credentials;
+    asked.prepare = prepare;
+    asked.access = {access(loginOf(credentials), 1, 1)};
+    return asked;
 }
 
 Case memberAdmitted(const char* name, const std::string& credentials, const std::string& prepare)

@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -31,11 +32,16 @@ std::string readFile(const std::string& path)
 
 void (*pluginEntry())(ITransaction*)
 {
-    static void* const plugin = dlopen(PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
+    static void* const plugin = dlopen(isStrict() ? STRICT_PLUGIN_PATH : PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
     if (plugin == nullptr)
         throw std::runtime_error(dlerror());
     static void* const entry = dlsym(plugin, "execute");
     return reinterpret_cast<void (*)(ITransaction*)>(entry);
+}
+
+bool isStrict()
+{
+    return std::string_view(program_invocation_short_name).ends_with("_strict");
 }
 
 std::string shell(const std::string& command, int expected_status)

@@ -10,6 +10,9 @@
 /** The built plug-in, loaded as the broker does. */
 void (*pluginEntry())(ITransaction*);
 
+/** Whether it is the strict one, as this program's name tells. */
+bool isStrict();
+
 /** Runs a shell command; its output, and a test failure when it ends with another status. */
 std::string shell(const std::string& command, int expected_status = 0);
 

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <map>
+#include <utility>
 
 static std::ptrdiff_t openDescriptors()
 {
@@ -38,6 +40,66 @@ Said noRemoteUser(const std::string& name, int exchange)
     return said("DelNetwork: DelNetwork failed", sent(exchange), answer(exchange), "No remote user " + name);
 }
 
+/** The strict plug-in's statement about a parameter: it holds what it may not, or names another's account. */
+static Said refusal(const std::string& operation, const std::string& parameter, const std::string& why)
+{
+    return said("checkParameters: " + why, operation, parameter);
+}
+
+/** A case as the strict plug-in answers it: what is here it refuses, all else is as ever. */
+static Case strictly(const Case& asked)
+{
+    static const std::map<std::string, const char*> refused = {
+        {"addremoteuser quoteMakesBadXml", "username"},
+        {"deleteuser deletionRefusedAtSignBehindANul", "username"},
+        {"initlocalsession bytesBehindANulPinNothing", "expires"},
+        {"initlocalsession emptyToken", "token"},
+        {"initlocalsession longestPath", "token"},
+        {"initlocalsession pathTooLong", "token"},
+        {"initlocalsession tokenIntoNowhere", "token"},
+        {"upgradeusertosso passwordOfBytesBehindANul", "password_hash"},
+    };
+    const std::string operation = asked.params.empty() ? "" : asked.params[0];
+    const auto at = refused.find(operation + ' ' + asked.name);
+    const bool by_a_member = operation == "deleteuser" && asked.name == std::string("byAMember");
+    if (at == refused.end() && !by_a_member)
+        return asked;
+    Case answered = lacking(asked.name, asked.params,
+        by_a_member ? refusal(operation, "username", "not the member's own")
+                    : refusal(operation, at->second, "holds what it may not"));
+    answered.prepare = asked.prepare;
+    if (by_a_member) {
+        answered.credentials = asked.credentials;
+        answered.access = asked.access;
+        answered.requests = {"[bob]"};
+    }
+    return answered;
+}
+
+Case lacking(const char* name, const Texts& params, const Trace& refusal)
+{
+    const std::string rest = "error reading username/password/email params from request";
+    const std::map<std::string, std::pair<std::string, Trace>> answers = {
+        {"adduser", {"Add User: " + rest, {said("AddAccountHandler: 1325"), "code 1"}}},
+        {"addremoteuser", {"AddRemoteUser: " + rest, {said("AddRemoteUserHandler: 1358"), "code 1"}}},
+        {"deleteuser", {"Delete User: error reading username/password params from request",
+                           {"code 1", said("DeleteAccountHandler: 1425")}}},
+        {"updateuser", {"Update User: " + rest, {said("UpdateUserHandler: error reading"), "code 1"}}},
+        {"upgradeusertosso", {"UpgradeUserToSSO: " + rest, {said("UpgradeUserToSSOHandler: 1477"), "code 1"}}},
+        {"initlocalsession", {"InitLocalSession: error reading username/token/sessionid/seed params from request",
+                                 {said("InitLocalSessionHandler: error reading"), "code 1"}}},
+    };
+    const auto& [response, trace] = answers.at(params[0]);
+    const Trace begun = params[0] == "updateuser" ? Trace("code 0") : Trace();
+    return {
+        .name = name,
+        .params = params,
+        .code = CODE_FAILED,
+        .response = response,
+        .trace = {begun, refusal, trace, "response " + response},
+    };
+}
+
 // The first entry of a process opens its socket to the journal, for good.
 void Operation::SetUpTestSuite()
 {
@@ -49,7 +111,7 @@ void Operation::SetUpTestSuite()
 
 TEST_P(Operation, answersTracesAndTransacts)
 {
-    const Case& asked = GetParam();
+    const Case asked = isStrict() ? strictly(GetParam()) : GetParam();
     resetDevice();
     if (!asked.prepare.empty())
         shell(asked.prepare);

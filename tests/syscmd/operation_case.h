@@ -30,6 +30,9 @@ inline std::ostream& operator<<(std::ostream& out, const Case& shown)
     return out << shown.name;
 }
 
+/** A command that lacks a parameter, or has one that the strict plug-in refuses, which it says first. */
+Case lacking(const char* name, const Texts& params, const Trace& refusal = {});
+
 /** Parameterised by Case; the one test of each operation. */
 class Operation : public testing::TestWithParam<Case> {
   protected:

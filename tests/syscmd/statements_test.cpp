@@ -66,7 +66,9 @@ TEST(Statements, areWellFormed)
         EXPECT_TRUE(row.level == "ERROR" || row.level == "INFO" || row.level == "DEBUG") << row.format;
         EXPECT_TRUE(row.line == 0 || lines.insert(row.line).second) << row.line;
         const std::string seen_by = row.seen_by.substr(0, row.seen_by.find_first_of(": "));
-        EXPECT_TRUE((std::set<std::string>{"operations_test", "routines_test", "faults_test", "nobody"}.count(seen_by)))
+        EXPECT_TRUE((
+            std::set<std::string>{"operations_test", "operations_test_strict", "routines_test", "faults_test", "nobody"}
+                .count(seen_by)))
             << row.format;
         EXPECT_FALSE(row.meaning.empty() || row.remedy.empty()) << row.format;
     }

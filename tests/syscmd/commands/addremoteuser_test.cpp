@@ -36,14 +36,7 @@ INSTANTIATE_TEST_SUITE_P(AddRemoteUser, Operation,
         notAdded("refused", "zed", order("refuse 'already at work'"), REFUSED),
         notAdded("refusedWithoutWords", "zed", order("refuse-bare"), REFUSED),
         notAdded("callFailed", "zed", order("fail"), UNSENT), notAdded("noReply", "zed", order("no-reply"), UNSENT),
-        Case{
-            .name = "needsAName",
-            .params = {"addremoteuser"},
-            .code = CODE_FAILED,
-            .response = "AddRemoteUser: error reading username/password/email params from request",
-            .trace = {said("AddRemoteUserHandler: 1358"), "code 1",
-                "response AddRemoteUser: error reading username/password/email params from request"},
-        }),
+        lacking("needsAllParameters", {"addremoteuser"})),
     caseName);
 
 } // namespace

@@ -78,14 +78,7 @@ INSTANTIATE_TEST_SUITE_P(InitLocalSession, Operation,
             .requests = {"[bob]"},
             .check = "mkdir /opt/skyhold/etc",
         },
-        Case{
-            .name = "needsThreeParameters",
-            .params = {"initlocalsession", "bob", "t"},
-            .code = CODE_FAILED,
-            .response = "InitLocalSession: error reading username/token/sessionid/seed params from request",
-            .trace = {said("InitLocalSessionHandler: error reading"), "code 1",
-                "response InitLocalSession: error reading username/token/sessionid/seed params from request"},
-        }),
+        lacking("needsAllParameters", {"initlocalsession", "bob", "t"})),
     caseName);
 
 /** Whether this device lets us set the attribute, for which the kernel asks a privilege. */

@@ -199,14 +199,7 @@ INSTANTIATE_TEST_SUITE_P(UpdateUser, Operation,
                 said("UpdateUser: owner file unreadable"), BOB_FAILED, "code 1", "response UpdateUser failed"},
             .requests = {"[bob]", "[bob@new]", "[b-p2p]"},
         },
-        Case{
-            .name = "needsFourParameters",
-            .params = {"updateuser", "bob", PAIR, "bob@new"},
-            .code = CODE_FAILED,
-            .response = "Update User: error reading username/password/email params from request",
-            .trace = {"code 0", said("UpdateUserHandler: error reading"), "code 1",
-                "response Update User: error reading username/password/email params from request"},
-        }),
+        lacking("needsAllParameters", {"updateuser", "bob", PAIR, "bob@new"})),
     caseName);
 
 } // namespace
