@@ -1,0 +1,174 @@
+// What comes between two commands.
+#include "tools/soak/clock.h"
+#include "tools/soak/soak.h"
+#include "tools/soak/texts.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+constexpr time_t DAY = 86400;
+/** Commands before the daemon is killed less often: it is to live long, too. */
+constexpr std::uint64_t YOUTH = 1000;
+
+void write_text(const std::string& path, const std::string& text)
+{
+    std::ofstream(path, std::ios::trunc) << text;
+}
+
+bool is_account(const State& state, const std::string& name)
+{
+    for (const auto& [id, account] : state.accounts) {
+        if (account.name == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+void Soak::disturb(Random& random, std::uint64_t number)
+{
+    world_.now += static_cast<time_t>(random.below(3));
+    if (disk_.is_full() && random.percent(10)) {
+        disk_.free();
+    }
+    const std::uint64_t what = random.below(1000);
+    const std::string owner = between(state_.owner_file.value_or(""), "<owner>", "</owner>");
+    if (disk_.is_full()) {
+        last_step_ += " disk full";
+    } else if (what < 80) {
+        place_an_order(random, number);
+    } else if (what < 180) {
+        change_an_account(random);
+    } else if (what < 200) {
+        step_clock(random);
+    } else if (what < 220) {
+        toggle_log_file();
+    } else if (what < 223 || (!world_.informed && what < 300)) {
+        toggle_information();
+    } else if (what < 226) {
+        fill_disk();
+    } else if (what < 240) {
+        share_memory(random);
+    } else if (what < 340 && !is_account(state_, owner)) {
+        register_anew(random);
+    }
+    plugin_time = world_.now;
+}
+
+void Soak::place_an_order(Random& random, std::uint64_t number)
+{
+    static const Order ORDERS[] = {
+        {"refuse", "Disk is full"},
+        {"refuse", "User already present"},
+        {"refuse-bare", ""},
+        {"cut", "0"},
+        {"cut", "150"},
+        {"no-reply", ""},
+        {"fail", ""},
+        {"die", ""}};
+    const Order& order = random.of(ORDERS);
+    if (order.kind == "die" && number > YOUTH && !random.once_in(20)) {
+        return;
+    }
+    const int skip = static_cast<int>(random.below(5));
+    const int count = order.kind == "die" ? 1 : 1 + static_cast<int>(random.below(3));
+    place_order(store_, order, skip, count);
+    world_.orders.push_back({order, skip, count});
+    note("order " + order.kind);
+    last_step_ += " order " + order.to_string() + " skip " + std::to_string(skip) + " count " +
+                  std::to_string(count);
+}
+
+void Soak::forget_orders()
+{
+    clear_orders(store_);
+    world_.orders.clear();
+}
+
+/** As the device's administrator does. */
+void Soak::change_an_account(Random& random)
+{
+    if (state_.accounts.empty()) {
+        return;
+    }
+    const std::int64_t id = random.of(state_.accounts).first;
+    const bool locked = random.percent(25);
+    AccountFields fields;
+    fields.locked = locked;
+    store_.change([&] { store_.set_account(id, fields); });
+    state_.accounts[id].locked = locked;
+    note(locked ? "locked" : "unlocked");
+    last_step_ += (locked ? " lock " : " unlock ") + std::to_string(id);
+}
+
+/** As the cloud does for a device that nobody owns. */
+void Soak::register_anew(Random& random)
+{
+    if (state_.accounts.empty()) {
+        return;
+    }
+    const std::string owner = random.of(state_.accounts).second.name;
+    state_.owner_file = owner_text(world_, owner, owner + "-p2p");
+    state_.cloud_owner = owner;
+    write_text(OWNER_FILE_PATH, *state_.owner_file);
+    store_.change([&] { store_.set_cloud_owner(owner); });
+    note("registered anew");
+    last_step_ += " register " + shown(owner);
+}
+
+void Soak::step_clock(Random& random)
+{
+    static constexpr time_t STEPS[] = {3600, DAY - 1, DAY, DAY + 1, 3 * DAY, -3600, -DAY};
+    const time_t by = random.of(STEPS);
+    world_.now += by;
+    note(by > 0 ? "clock stepped forward" : "clock stepped back");
+    last_step_ += " clock by " + std::to_string(by);
+}
+
+void Soak::toggle_log_file()
+{
+    if (state_.log_file) {
+        std::filesystem::remove(LOG_FILE_PATH);
+    } else {
+        write_text(LOG_FILE_PATH, "");
+    }
+    state_.log_file = !state_.log_file;
+    note(state_.log_file ? "log file brought back" : "log file removed");
+    last_step_ += " log file";
+}
+
+void Soak::toggle_information()
+{
+    static const std::string SERIAL = read_text(SERIAL_PATH);
+    write_text(SERIAL_PATH, world_.informed ? "ERROR: busy\n" : SERIAL);
+    world_.informed = !world_.informed;
+    note(world_.informed ? "information back" : "information lost");
+    last_step_ += " information";
+}
+
+void Soak::fill_disk()
+{
+    forget_orders();
+    note(disk_.fill() ? "disk filled" : "disk cannot be filled");
+    last_step_ += " disk full";
+}
+
+/** As the session's other end does. */
+void Soak::share_memory(Random& random)
+{
+    if (state_.sessions.empty()) {
+        return;
+    }
+    const std::string token = random.of(state_.sessions).first;
+    write_text("/dev/shm/" + token, "");
+    state_.shared.insert(token);
+    note("shared memory made");
+    last_step_ += " share " + shown(token);
+}
