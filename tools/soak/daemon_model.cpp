@@ -124,7 +124,7 @@ Outcome DaemonModel::remove(std::int64_t id)
 Outcome DaemonModel::add_remote_user(const std::string& text)
 {
     const std::string name = as_attribute(text);
-    const bool present = state_.remote_users.contains(name);
+    const bool present = fits_attribute(text) && state_.remote_users.contains(name);
     if (!fits_attribute(text) || !is_kept(name) || name.empty() || present || fate_.refuses()) {
         return request(nullptr, present ? "User already present" : "");
     }

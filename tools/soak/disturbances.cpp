@@ -3,9 +3,6 @@
 #include "tools/soak/soak.h"
 #include "tools/soak/texts.h"
 
-#include <fcntl.h>
-#include <sys/ioctl.h>
-
 #include <filesystem>
 #include <fstream>
 
@@ -56,7 +53,9 @@ void Soak::disturb(Random& random, std::uint64_t number)
         fill_disk();
     } else if (what < 240) {
         share_memory(random);
-    } else if (what < 340 && !is_account(state_, owner)) {
+    } else if (what < 250) {
+        clear_upgrade_flag();
+    } else if (what < 350 && !is_account(state_, owner)) {
         register_anew(random);
     }
     plugin_time = world_.now;
@@ -123,10 +122,15 @@ void Soak::register_anew(Random& random)
     last_step_ += " register " + shown(owner);
 }
 
+/** Back and forth, or to where a record's day ends. */
 void Soak::step_clock(Random& random)
 {
-    static constexpr time_t STEPS[] = {3600, DAY - 1, DAY, DAY + 1, 3 * DAY, -3600, -DAY};
-    const time_t by = random.of(STEPS);
+    static constexpr time_t STEPS[] = {3600, 3 * DAY, -3600, -DAY};
+    time_t by = random.of(STEPS);
+    if (!state_.sessions.empty() && random.percent(50)) {
+        const time_t end = random.of(state_.sessions).second.written + DAY;
+        by = end + static_cast<time_t>(random.below(2)) - world_.now;
+    }
     world_.now += by;
     note(by > 0 ? "clock stepped forward" : "clock stepped back");
     last_step_ += " clock by " + std::to_string(by);
@@ -158,6 +162,14 @@ void Soak::fill_disk()
     forget_orders();
     note(disk_.fill() ? "disk filled" : "disk cannot be filled");
     last_step_ += " disk full";
+}
+
+/** As who has dealt with it does. */
+void Soak::clear_upgrade_flag()
+{
+    std::filesystem::remove(UPGRADE_FLAG_PATH);
+    state_.upgraded = false;
+    last_step_ += " flag";
 }
 
 /** As the session's other end does. */

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 enum class Open {
@@ -38,6 +39,8 @@ class Fate {
         }
         return answers_[asked_++];
     }
+
+    bool has_refused() const { return std::count(answers_.begin(), answers_.end(), true) > 0; }
 
     /** Runs `work` once for every course that it can take, until it says that one was the right
      * one. */

@@ -1,8 +1,8 @@
 /**
  * soak [COMMANDS] [--seed S] [--only N,...] [--tell]: on a device, runs the commands 1 to COMMANDS
  * of a seed, or only some of them. Exit status: 0; 1 when the model does not allow what was found,
- * with a first line "difference at N"; 2 when it cannot run. tools/soak/run makes the device, and
- * shrinks.
+ * with a first line "difference at N" (0: at the end); 2 when it cannot run. tools/soak/run makes
+ * the device, and shrinks.
  */
 #include "devkit/on_device.h"
 #include "tools/soak/soak.h"
@@ -70,6 +70,7 @@ int soak(const Arguments& options)
                 soak.begin_to_measure();
             }
         }
+        number_at_work = 0; // none: all of them
         if (options.only.empty()) {
             soak.end();
         }

@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char SETTINGS[] = "/opt/skyhold/etc";
-constexpr char UPGRADE_FLAG[] = "/opt/skyhold/etc/.sso_upgraded";
 constexpr char SESSIONS[] = "/opt/skyhold/etc/local_sessions";
 constexpr char SHARED[] = "/dev/shm";
 /** Later than the plug-in's clock ever is here: the machine has written it. */
@@ -169,7 +168,7 @@ State observed_state(Store& store, time_t now)
     }
     state.cloud_owner = store.cloud_owner();
     state.owner_file = text_at(OWNER_FILE_PATH);
-    state.upgraded = fs::exists(UPGRADE_FLAG);
+    state.upgraded = fs::exists(UPGRADE_FLAG_PATH);
     struct stat status = {};
     if (stat(SESSIONS, &status) == 0) {
         state.directory = status.st_mode & 07777U;
@@ -205,7 +204,7 @@ std::set<std::string> lasting_files()
                 at.disable_recursion_pending();
             }
             if (!path.ends_with("-journal") && path != OWNER_FILE_PATH && path != LOG_FILE_PATH &&
-                path != UPGRADE_FLAG) {
+                path != UPGRADE_FLAG_PATH) {
                 files.insert(path);
             }
         }

@@ -23,5 +23,6 @@ std::size_t resident(const std::string& process);
 
 inline const Paths PATHS{.socket = "/run/boxwelld.sock"};
 inline constexpr char OWNER_FILE_PATH[] = "/opt/skyhold/etc/registration.conf";
+inline constexpr char UPGRADE_FLAG_PATH[] = "/opt/skyhold/etc/.sso_upgraded";
 inline constexpr char LOG_FILE_PATH[] = "/var/log/shbroker.log";
 inline constexpr char SERIAL_PATH[] = "/var/lib/device/info/Serial";

@@ -108,6 +108,7 @@ void Soak::hold_against_model(const Command& command, const Run& run, Open open)
         if (state == found && (!run.answer || run.answer == answer)) {
             state_ = state;
             world_ = world;
+            note(course.has_refused() ? "refused by a full disk" : "held against the model");
             return true;
         }
         const std::string text = "answer: expected " + in_words(answer) + ", got " +
@@ -154,8 +155,12 @@ void Soak::note(const std::string& what)
 Soak::Sizes Soak::measure() const
 {
     const std::string daemon = std::to_string(daemon_.process());
-    return {descriptors("self"), resident("self"), descriptors(daemon),
-            resident(daemon),    lasting_files(),  daemon_.process()};
+    std::size_t lasting = descriptors(daemon); // it may be about to leave its last client
+    for (int i = 0; i < 100; ++i) {
+        usleep(1000);
+        lasting = std::min(lasting, descriptors(daemon));
+    }
+    return {descriptors("self"), resident("self"), lasting, resident(daemon), lasting_files()};
 }
 
 void Soak::begin_to_measure()

@@ -45,7 +45,6 @@ class Soak {
         std::size_t daemon_descriptors = 0;
         std::size_t daemon_resident = 0;
         std::set<std::string> files;
-        pid_t daemon = 0;
     };
 
     void disturb(Random& random, std::uint64_t number);
@@ -56,6 +55,7 @@ class Soak {
     void toggle_log_file();
     void toggle_information();
     void fill_disk();
+    void clear_upgrade_flag();
     void share_memory(Random& random);
     void forget_orders();
 
