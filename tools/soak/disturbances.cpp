@@ -10,7 +10,7 @@ namespace {
 
 constexpr time_t DAY = 86400;
 /** Commands before the daemon is killed less often: it is to live long, too. */
-constexpr std::uint64_t YOUTH = 1000;
+constexpr std::uint32_t YOUTH = 1000;
 
 void write_text(const std::string& path, const std::string& text)
 {
@@ -29,7 +29,7 @@ bool is_account(const State& state, const std::string& name)
 
 } // namespace
 
-void Soak::disturb(Random& random, std::uint64_t number)
+void Soak::disturb(Random& random, std::uint32_t number)
 {
     world_.now += static_cast<time_t>(random.below(3));
     if (disk_.is_full() && random.percent(10)) {
@@ -38,7 +38,7 @@ void Soak::disturb(Random& random, std::uint64_t number)
     const std::uint64_t what = random.below(1000);
     const std::string owner = between(state_.owner_file.value_or(""), "<owner>", "</owner>");
     if (disk_.is_full()) {
-        last_step_ += " disk full";
+        note("with a full disk");
     } else if (what < 80) {
         place_an_order(random, number);
     } else if (what < 180) {
@@ -49,19 +49,19 @@ void Soak::disturb(Random& random, std::uint64_t number)
         toggle_log_file();
     } else if (what < 223 || (!world_.informed && what < 300)) {
         toggle_information();
-    } else if (what < 226) {
+    } else if (what < 226 && privileged_) {
         fill_disk();
     } else if (what < 240) {
         share_memory(random);
-    } else if (what < 250) {
+    } else if (what < 280) {
         clear_upgrade_flag();
-    } else if (what < 350 && !is_account(state_, owner)) {
+    } else if (what < 380 && !is_account(state_, owner)) {
         register_anew(random);
     }
     plugin_time = world_.now;
 }
 
-void Soak::place_an_order(Random& random, std::uint64_t number)
+void Soak::place_an_order(Random& random, std::uint32_t number)
 {
     static const Order ORDERS[] = {
         {"refuse", "Disk is full"},
@@ -80,9 +80,10 @@ void Soak::place_an_order(Random& random, std::uint64_t number)
     const int count = order.kind == "die" ? 1 : 1 + static_cast<int>(random.below(3));
     place_order(store_, order, skip, count);
     world_.orders.push_back({order, skip, count});
-    note("order " + order.kind);
-    last_step_ += " order " + order.to_string() + " skip " + std::to_string(skip) + " count " +
-                  std::to_string(count);
+    note(
+        "order " + order.kind,
+        order.text + " skip " + std::to_string(skip) + " count " + std::to_string(count)
+    );
 }
 
 void Soak::forget_orders()
@@ -103,8 +104,7 @@ void Soak::change_an_account(Random& random)
     fields.locked = locked;
     store_.change([&] { store_.set_account(id, fields); });
     state_.accounts[id].locked = locked;
-    note(locked ? "locked" : "unlocked");
-    last_step_ += (locked ? " lock " : " unlock ") + std::to_string(id);
+    note(locked ? "lock" : "unlock", std::to_string(id));
 }
 
 /** As the cloud does for a device that nobody owns. */
@@ -118,8 +118,7 @@ void Soak::register_anew(Random& random)
     state_.cloud_owner = owner;
     write_text(OWNER_FILE_PATH, *state_.owner_file);
     store_.change([&] { store_.set_cloud_owner(owner); });
-    note("registered anew");
-    last_step_ += " register " + shown(owner);
+    note("register", shown(owner));
 }
 
 /** Back and forth, or to where a record's day ends. */
@@ -132,8 +131,7 @@ void Soak::step_clock(Random& random)
         by = end + static_cast<time_t>(random.below(2)) - world_.now;
     }
     world_.now += by;
-    note(by > 0 ? "clock stepped forward" : "clock stepped back");
-    last_step_ += " clock by " + std::to_string(by);
+    note(by > 0 ? "clock forward" : "clock back", std::to_string(by));
 }
 
 void Soak::toggle_log_file()
@@ -145,7 +143,6 @@ void Soak::toggle_log_file()
     }
     state_.log_file = !state_.log_file;
     note(state_.log_file ? "log file brought back" : "log file removed");
-    last_step_ += " log file";
 }
 
 void Soak::toggle_information()
@@ -154,14 +151,12 @@ void Soak::toggle_information()
     write_text(SERIAL_PATH, world_.informed ? "ERROR: busy\n" : SERIAL);
     world_.informed = !world_.informed;
     note(world_.informed ? "information back" : "information lost");
-    last_step_ += " information";
 }
 
 void Soak::fill_disk()
 {
     forget_orders();
     note(disk_.fill() ? "disk filled" : "disk cannot be filled");
-    last_step_ += " disk full";
 }
 
 /** As who has dealt with it does. */
@@ -169,7 +164,7 @@ void Soak::clear_upgrade_flag()
 {
     std::filesystem::remove(UPGRADE_FLAG_PATH);
     state_.upgraded = false;
-    last_step_ += " flag";
+    note("flag removed");
 }
 
 /** As the session's other end does. */
@@ -181,6 +176,5 @@ void Soak::share_memory(Random& random)
     const std::string token = random.of(state_.sessions).first;
     write_text("/dev/shm/" + token, "");
     state_.shared.insert(token);
-    note("shared memory made");
-    last_step_ += " share " + shown(token);
+    note("shared memory made", shown(token));
 }

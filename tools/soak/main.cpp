@@ -13,24 +13,25 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <numeric>
 
 namespace {
 
 struct Arguments {
-    std::uint64_t commands = 1000;
-    std::uint64_t seed = 1;
-    std::vector<std::uint64_t> only;
+    std::uint32_t commands = 1000;
+    std::uint32_t seed = 1;
+    std::vector<std::uint32_t> only;
     bool tell = false;
 };
 
 constexpr unsigned LONGEST_STEP_SECONDS = 120;
 
 /** For what ends or stops the plug-in, and this program with it. */
-volatile std::uintmax_t number_at_work = 0;
+volatile std::uint32_t number_at_work = 0;
 
-void print_difference(std::uintmax_t number, const char* step, const char* text)
+void print_difference(std::uint32_t number, const char* step, const char* text)
 {
-    std::printf("difference at %ju\n%s\n%s\n", number, step, text);
+    std::printf("difference at %u\n%s\n%s\n", number, step, text);
     std::fflush(stdout);
 }
 
@@ -54,20 +55,23 @@ void catch_signals()
 int soak(const Arguments& options)
 {
     Soak soak(options.seed);
-    const std::uint64_t count = options.only.empty() ? options.commands : options.only.size();
-    const std::uint64_t grown_up = std::min<std::uint64_t>(1000, count / 2);
+    std::vector<std::uint32_t> numbers = options.only;
+    if (numbers.empty()) {
+        numbers.resize(options.commands);
+        std::iota(numbers.begin(), numbers.end(), 1);
+    }
+    const std::size_t grown_up = std::min<std::size_t>(1000, numbers.size() / 2);
     catch_signals();
     try {
-        for (std::uint64_t i = 1; i <= count; ++i) {
-            const std::uint64_t number = options.only.empty() ? i : options.only[i - 1];
-            number_at_work = number;
+        for (std::size_t done = 0; done < numbers.size(); ++done) {
+            if (done == grown_up) {
+                soak.begin_to_measure();
+            }
+            number_at_work = numbers[done];
             alarm(LONGEST_STEP_SECONDS);
-            soak.step(number);
+            soak.step(numbers[done]);
             if (options.tell) {
                 std::printf("%s\n", soak.last_step().c_str());
-            }
-            if (i == grown_up) {
-                soak.begin_to_measure();
             }
         }
         number_at_work = 0; // none: all of them

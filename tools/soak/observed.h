@@ -14,8 +14,8 @@ State observed_state(Store& store, time_t now);
 /** What of passwd and group is not as the state has it; empty: nothing. */
 std::string wrong_account_files(const State& state, const World& world);
 
-/** The device's files whose number no command may change. */
-std::set<std::string> lasting_files();
+/** The number of the device's files but those that the state is about. */
+std::size_t lasting_files();
 
 /** Open descriptors and resident KiB of a process ("self", or its number). */
 std::size_t descriptors(const std::string& process);

@@ -6,7 +6,11 @@
 
 class Random {
   public:
-    Random(std::uint64_t seed, std::uint64_t step) : engine_(mixed(seed + mixed(step))) {}
+    Random(std::uint32_t seed, std::uint32_t step)
+    {
+        std::seed_seq words{seed, step};
+        engine_.seed(words);
+    }
 
     /** 0 to `count` - 1. */
     std::uint64_t below(std::uint64_t count) { return engine_() % count; }
@@ -19,14 +23,5 @@ class Random {
     }
 
   private:
-    static std::uint64_t mixed(std::uint64_t value)
-    {
-        std::seed_seq words{
-            static_cast<std::uint32_t>(value), static_cast<std::uint32_t>(value >> 32U)};
-        std::uint32_t parts[2];
-        words.generate(parts, parts + 2);
-        return parts[0] | static_cast<std::uint64_t>(parts[1]) << 32U;
-    }
-
     std::mt19937_64 engine_;
 };

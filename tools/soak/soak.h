@@ -18,10 +18,10 @@ class Difference : public std::runtime_error {
 
 class Soak {
   public:
-    explicit Soak(std::uint64_t seed);
+    explicit Soak(std::uint32_t seed);
 
     /** One command, behind what disturbs it. @throws Difference */
-    void step(std::uint64_t number);
+    void step(std::uint32_t number);
 
     /** Notes what must not grow from now on. */
     void begin_to_measure();
@@ -39,16 +39,10 @@ class Soak {
         long blocks = 0;
         long descriptors = 0;
     };
-    struct Sizes {
-        std::size_t descriptors = 0;
-        std::size_t resident = 0;
-        std::size_t daemon_descriptors = 0;
-        std::size_t daemon_resident = 0;
-        std::set<std::string> files;
-    };
+    using Sizes = std::map<std::string, std::size_t>;
 
-    void disturb(Random& random, std::uint64_t number);
-    void place_an_order(Random& random, std::uint64_t number);
+    void disturb(Random& random, std::uint32_t number);
+    void place_an_order(Random& random, std::uint32_t number);
     void change_an_account(Random& random);
     void register_anew(Random& random);
     void step_clock(Random& random);
@@ -63,9 +57,11 @@ class Soak {
     void hold_against_model(const Command& command, const Run& run, Open open);
     void tidy_up();
     Sizes measure() const;
-    void note(const std::string& what);
+    /** Counts what happened, and adds it to the step's line. */
+    void note(const std::string& what, const std::string& which = "");
 
-    std::uint64_t seed_;
+    std::uint32_t seed_;
+    bool privileged_; // may trace processes and mount: not so under proot
     Store store_;
     Daemon daemon_;
     Plugin plugin_;
