@@ -73,7 +73,7 @@ void Soak::place_an_order(Random& random, std::uint32_t number)
         {"fail", ""},
         {"die", ""}};
     const Order& order = random.of(ORDERS);
-    if (order.kind == "die" && number > YOUTH && !random.once_in(20)) {
+    if (order.kind == "die" && number > YOUTH && !random.once_in(100)) {
         return;
     }
     const int skip = static_cast<int>(random.below(5));

@@ -54,6 +54,7 @@ Soak::Soak(std::uint32_t seed)
              .log_level = 7}
         );
     }
+    begin_ = measure();
 }
 
 Soak::Run Soak::run(const Command& command)
@@ -179,7 +180,11 @@ Soak::Sizes Soak::measure() const
 
 void Soak::begin_to_measure()
 {
+    const Sizes first = begin_;
     begin_ = measure();
+    for (const char* what : {"descriptors", "descriptors of the daemon"}) {
+        begin_[what] = first.at(what); // as many from the first command on
+    }
 }
 
 void Soak::end()
