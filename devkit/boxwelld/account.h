@@ -17,6 +17,8 @@ struct Account {
     std::string sys_hash;
     std::string p2p_user_name;
     std::vector<std::string> member_of; // further groups
+
+    bool operator==(const Account&) const = default;
 };
 
 /** What a request says about an account: what it leaves out is empty (new) or stays (existing). */
