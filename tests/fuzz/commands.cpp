@@ -73,6 +73,10 @@ void judgeFaulty(const Case& test, const Outcome& outcome)
     finding(!may && (acted || succeeded), "admitted");
     const bool sets = operation.starts_with("up");
     finding(succeeded && (sets || operation == "adduser") && !path.ends_with(sets ? 's' : 'a'), "success without work");
+    // What does not fit the disk any more shows when the file is closed, which nobody looks at.
+    const std::string owner = outcome.files.owner.value_or("");
+    const bool is_whole = outcome.files.owner == test.files.owner || owner.ends_with("</registration>");
+    finding(succeeded && !is_whole && test.fault.kind != std::string("fclose"), "success with half an owner file");
 }
 
 } // namespace
