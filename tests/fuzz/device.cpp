@@ -121,7 +121,7 @@ Case::Case(const std::string& input)
                     fault.kind = one.name;
                     fault.error = one.errors[error % one.errors.size()];
                     fault.onward = name == "allocation" && fault.nth < 0;
-                    fault.nth = std::abs(fault.nth);
+                    fault.nth = std::abs(fault.nth % 1000);
                 }
             }
         }
