@@ -194,9 +194,18 @@ DECLARE(time_t, time, (time_t*))
     return 1772600767;
 }
 /** Journal entries are the operations' tests' affair; here they would only take time. */
+std::function<void(const char*)> on_entry;
 extern "C" int
 __wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...);
-int __wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...)
+int __wrap_sd_journal_send_with_location(
+    const char*, const char*, const char*, const char* format, ...
+)
 {
+    if (on_entry) {
+        va_list arguments;
+        va_start(arguments, format);
+        on_entry(va_arg(arguments, const char*));
+        va_end(arguments);
+    }
     return -ENOMEM;
 }

@@ -60,3 +60,7 @@ int openDescriptors();
 /** What the shell's commands print, asked once; and what becomes of commands that only do. */
 extern bool shell_is_replayed;
 extern std::function<void(const char*)> on_command;
+/** What a command prints, where the program tells it. */
+extern std::function<std::string(const char*)> on_print;
+/** What becomes of the journal's entries. */
+extern std::function<void(const char*)> on_entry;

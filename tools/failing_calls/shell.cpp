@@ -5,10 +5,14 @@
 
 bool shell_is_replayed = false;
 std::function<void(const char*)> on_command;
+std::function<std::string(const char*)> on_print;
 
-static FILE* replay(const char* command)
+/** What a command prints: asked once, unless the program tells it. */
+static std::string printedBy(const char* command)
 {
-    const Aside aside;
+    if (on_print) {
+        return on_print(command);
+    }
     static std::map<std::string, std::string> printed;
     auto known = printed.find(command);
     if (known == printed.end()) {
@@ -18,7 +22,17 @@ static FILE* replay(const char* command)
         pclose(pipe);
         known = printed.emplace(command, text).first;
     }
-    return fmemopen(known->second.data(), known->second.size(), "r");
+    return known->second;
+}
+
+static FILE* replay(const char* command)
+{
+    const Aside aside;
+    const std::string text = printedBy(command);
+    FILE* stream = fmemopen(nullptr, text.size() + 1, "w+"); // which owns its memory
+    fwrite(text.data(), 1, text.size(), stream);
+    rewind(stream);
+    return stream;
 }
 DECLARE(FILE*, popen, (const char* command, const char* mode))
 {
