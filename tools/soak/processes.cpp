@@ -6,11 +6,13 @@
 
 #include <signal.h>
 #include <sys/ptrace.h>
-#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <stdexcept>
 
 namespace {
@@ -36,6 +38,24 @@ template<class Condition> void wait_until(const Condition& holds, const char* wh
 bool has_stopped(pid_t process, int& status)
 {
     return waitpid(process, &status, 0) == process && WIFSTOPPED(status);
+}
+
+/** Calls that wait: how often they are made is chance. */
+constexpr long WAITING[] = {
+    SYS_ppoll, SYS_recvfrom, SYS_read, SYS_wait4,
+#ifdef SYS_poll
+    SYS_poll,
+#endif
+};
+
+/** Whether a traced process is about to make a call that does not wait. */
+bool is_at_certain_call(pid_t process)
+{
+    __ptrace_syscall_info info = {};
+    ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info);
+    const auto call = static_cast<long>(info.entry.nr);
+    return info.op == PTRACE_SYSCALL_INFO_ENTRY &&
+           std::find(std::begin(WAITING), std::end(WAITING), call) == std::end(WAITING);
 }
 
 } // namespace
@@ -115,11 +135,11 @@ bool run_killed(const Plugin& plugin, const Command& command, int calls)
     ptrace(PTRACE_SETOPTIONS, broker, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
     constexpr int CALL_STOP = SIGTRAP | 0x80;
     int signal = 0;
-    for (int stops = 0; lives && stops < 2 * calls;) { // a call stops it at its begin and its end
+    for (int made = 0; lives && made <= calls;) {
         ptrace(PTRACE_SYSCALL, broker, nullptr, signal);
         lives = has_stopped(broker, status);
         const bool at_call = lives && WSTOPSIG(status) == CALL_STOP;
-        stops += at_call ? 1 : 0;
+        made += at_call && is_at_certain_call(broker) ? 1 : 0;
         signal = at_call || !lives ? 0 : WSTOPSIG(status);
     }
     if (lives) {
