@@ -3,8 +3,8 @@
 #include "syscmd/handler.h"
 #include "syscmd/sessions/record.h"
 #include "syscmd/sessions/sweep.h"
-#include "tests/fuzz/device.h"
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/device.h"
+#include "tools/fuzz/targets.h"
 
 #include <regex>
 

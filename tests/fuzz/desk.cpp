@@ -6,7 +6,7 @@
 #include "devkit/boxwelld/transactions.h"
 #include "devkit/boxwelld/xml.h"
 #include "devkit/bwdclient/frame.h"
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/targets.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>

@@ -9,8 +9,8 @@
 #include "syscmd/daemon/password_pair.h"
 #include "syscmd/daemon/user_records.h"
 #include "syscmd/handler.h"
-#include "tests/fuzz/device.h"
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/device.h"
+#include "tools/fuzz/targets.h"
 
 #include <sys/mman.h>
 #include <unistd.h>

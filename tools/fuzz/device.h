@@ -1,4 +1,5 @@
-/** The device as a case lays it out, in the process: the daemon's replies, what tools print, the files. */
+/** The device as a case lays it out, in the process: the daemon's replies, what tools print, the
+ * files. */
 #pragma once
 
 #include "common/transaction.h"
@@ -32,16 +33,20 @@ struct Files {
 };
 
 /**
- * A case in words: fields, an empty line between them, a letter and a colon in front of each. w: a word
- * of the command, a: LOGIN:PASSWORD, o: the owner file, r: a reply, n: a call of the client library that
- * fails, e: one without a reply, d: what the next device tool prints, s: AGE NAME CONTENT of a record, p: of
- * a pinned one, f: KIND ERROR NTH of a fault. What is left out is as usual.
+ * A case in words: fields, an empty line between them, a letter and a colon in front of each. w: a
+ * word of the command, a: LOGIN:PASSWORD, o: the owner file, r: a reply, n: a call of the client
+ * library that fails, e: one without a reply, d: what the next device tool prints, s: AGE NAME
+ * CONTENT of a record, p: of a pinned one, f: KIND ERROR NTH of a fault. What is left out is as
+ * usual.
  */
 struct Case {
     explicit Case(const std::string& input);
 
     Reply reply(std::size_t index, const std::string& request) const;
-    std::string printed(std::size_t index) const { return index < prints.size() ? prints[index] : "usual\n"; }
+    std::string printed(std::size_t index) const
+    {
+        return index < prints.size() ? prints[index] : "usual\n";
+    }
 
     std::vector<std::string> words;
     std::optional<std::string> credentials;

@@ -1,7 +1,7 @@
 // What a command has to do, by std::string and loops only.
 #include "common/mxl_templates.h"
-#include "tests/fuzz/device.h"
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/device.h"
+#include "tools/fuzz/targets.h"
 
 #include <grp.h>
 #include <pwd.h>
@@ -89,8 +89,11 @@ struct Model {
         std::size_t at = 0;
         while (isSuccess(reply) && (at = reply->find("<User id=", at + 1)) != std::string::npos) {
             const std::string rest = reply->substr(at), known = cdata(rest, "User_Name");
-            last = {between(rest, "<User_Id>", "</User_Id>"), cdata(rest, "Group_Name"), cdata(rest, "Email_Address")};
-            if (!last->id.empty() && !last->group.empty() && (known == user || known.find("leafuser_") == 0)) {
+            last = {
+                between(rest, "<User_Id>", "</User_Id>"), cdata(rest, "Group_Name"),
+                cdata(rest, "Email_Address")};
+            if (!last->id.empty() && !last->group.empty() &&
+                (known == user || known.find("leafuser_") == 0)) {
                 return last;
             }
             last->id = "";
@@ -122,11 +125,18 @@ struct Model {
     Text inOwnerFile(const std::string& tag) const
     {
         const std::string file = test.files.owner.value_or("");
-        return !file.empty() ? Text(between(read(file), '<' + tag + '>', "</" + tag + '>')) : Text();
+        return !file.empty() ? Text(between(read(file), '<' + tag + '>', "</" + tag + '>'))
+                             : Text();
     }
 
-    bool update(const std::string& id, const std::string& user, const Text& hashes, const std::string& group,
-        const std::string& email, const Text& remote)
+    bool update(
+        const std::string& id,
+        const std::string& user,
+        const Text& hashes,
+        const std::string& group,
+        const std::string& email,
+        const Text& remote
+    )
     {
         const Text owner = inOwnerFile("owner");
         const std::vector<std::string> pair = pairOf(hashes.value_or(""));
@@ -140,8 +150,11 @@ struct Model {
             return isSuccess(ask(RENAME_ACCOUNT_NO_PASSWORD_MXL, values));
         }
         values.insert(values.end(), {group, email, *remote});
-        return isSuccess(ask(
-            hashes ? RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME : RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD, values));
+        return isSuccess(
+            ask(hashes ? RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME
+                       : RENAME_ACCOUNT_MXL_WITH_P2P_USERNAME_NO_PASSWORD,
+                values)
+        );
     }
 
     /** The first line that a tool prints, without its end, as a buffer of `size` bytes holds it. */
@@ -154,22 +167,29 @@ struct Model {
 
     bool writeOwnerFile(const std::string& owner, const Text& remote)
     {
-        std::string file = "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>" + owner + "</owner>";
-        const std::pair<std::string, std::string> elements[] = {{"Model", "model"}, {"Firmware_Version", "firmware_id"},
-            {"Firmware_Time", "firmware_time"}, {"Serial", "serial"}};
+        std::string file =
+            "<?xml version=\"1.0\" encoding=\"utf-8\"?><registration><owner>" + owner + "</owner>";
+        const std::pair<std::string, std::string> elements[] = {
+            {"Model", "model"},
+            {"Firmware_Version", "firmware_id"},
+            {"Firmware_Time", "firmware_time"},
+            {"Serial", "serial"}};
         for (const auto& [key, tag] : elements) {
             std::string value = print("boxwellinfo " + key, 1024);
             value = value.substr(0, value.find_last_not_of('\r') + 1);
-            if (value.empty() || value.find("ERROR:") != value.npos || value.find("error:") != value.npos) {
+            if (value.empty() || value.find("ERROR:") != value.npos ||
+                value.find("error:") != value.npos) {
                 told.files.owner = {};
                 return false;
             }
             file += '<' + tag + '>' + value + "</" + tag + '>';
         }
-        std::string id = print("cat /opt/linkhub/etc/linkagent.conf | grep link_agent_id | cut -c 12-", 256);
+        std::string id =
+            print("cat /opt/linkhub/etc/linkagent.conf | grep link_agent_id | cut -c 12-", 256);
         id = id.substr(0, id.find_first_of(" \r"));
         file += id.empty() ? "" : "<link_agent_id>" + id + "</link_agent_id>";
-        told.files.owner = file + (remote ? "<p2powner>" + *remote + "</p2powner>" : "") + "</registration>";
+        told.files.owner =
+            file + (remote ? "<p2powner>" + *remote + "</p2powner>" : "") + "</registration>";
         return true;
     }
 
@@ -188,7 +208,9 @@ struct Model {
         told.asked.push_back(
             R"(/usr/bin/event_push shell boxwelld "<xs:add-s resource-type=\"Log\" resource-id=\"Log\"><Log severity=)"
             R"(\"warning\" message-tag=\"LOGMSG_SKYHOLD_RENAME_LOCAL_USER_IF_EXIST\" category=\"system\"><args user=\")" +
-            user + R"(\" newuser=\")" + derived + R"(\" clouduser=\")" + for_whom + R"(\"/></Log></xs:add-s>" 0 0)");
+            user + R"(\" newuser=\")" + derived + R"(\" clouduser=\")" + for_whom +
+            R"(\"/></Log></xs:add-s>" 0 0)"
+        );
         return renamed;
     }
 
@@ -198,14 +220,16 @@ struct Model {
         deleteUser(word(1), word(1), false);
         const std::vector<std::string> pair = pairOf(word(2));
         const bool added =
-            !pair.empty() && isSuccess(ask(ADD_USER_MXL, {"User", name(1), pair[0], pair[1], "sky-hold", word(3)}));
+            !pair.empty() &&
+            isSuccess(ask(ADD_USER_MXL, {"User", name(1), pair[0], pair[1], "sky-hold", word(3)}));
         return added ? DONE : "AddUser failed";
     }
     std::string addRemote()
     {
         const Text reply = ask(MXL_TMPL_ADD_NET, {"", word(1)});
         const bool present =
-            cdata(reply.value_or(""), "xs:error-details").find("User already present") != std::string::npos;
+            cdata(reply.value_or(""), "xs:error-details").find("User already present") !=
+            std::string::npos;
         return isSuccess(reply) || present ? DONE : "system command failed";
     }
     std::string deleteAccount()
@@ -223,11 +247,15 @@ struct Model {
         }
         const Text id = idOf(user);
         if (!resolved || !id) {
-            return !resolved ? "UpdateUser failed" : "UpdateUser failed: unable to get local user id";
+            return !resolved ? "UpdateUser failed"
+                             : "UpdateUser failed: unable to get local user id";
         }
         const bool is_owner = inOwnerFile("owner") == user;
-        const bool updated = update(*id, new_name, word(2), is_owner ? "admin" : "sky-hold", word(3), remote);
-        return updated && (!is_owner || writeOwnerFile(new_name, inOwnerFile("p2powner"))) ? DONE : "UpdateUser failed";
+        const bool updated =
+            update(*id, new_name, word(2), is_owner ? "admin" : "sky-hold", word(3), remote);
+        return updated && (!is_owner || writeOwnerFile(new_name, inOwnerFile("p2powner")))
+                   ? DONE
+                   : "UpdateUser failed";
     }
     std::string upgradeUser()
     {
@@ -237,7 +265,9 @@ struct Model {
         }
         const bool is_owner = inOwnerFile("owner") == word(1);
         bool done = update(
-            *id, name(2), test.words[3].empty() ? Text() : word(3), is_owner ? "admin" : "sky-hold", word(2), word(1));
+            *id, name(2), test.words[3].empty() ? Text() : word(3), is_owner ? "admin" : "sky-hold",
+            word(2), word(1)
+        );
         done = (!is_owner || writeOwnerFile(name(2), word(1))) && done;
         told.files.upgraded = true;
         return done ? DONE : "UpgradeUserToSSO: error upgrading p2p user:" + test.words[1];
@@ -256,15 +286,18 @@ struct Model {
             bool is_owners;
             std::string unread;
             std::string (Model::*work)();
-        } operations[] = {{"adduser", 3, true, std::string("Add User: ") + UNREAD, &Model::addUser},
+        } operations[] = {
+            {"adduser", 3, true, std::string("Add User: ") + UNREAD, &Model::addUser},
             {"addremoteuser", 1, true, std::string("AddRemoteUser: ") + UNREAD, &Model::addRemote},
-            {"deleteuser", 2, false, "Delete User: error reading username/password params from request",
-                &Model::deleteAccount},
+            {"deleteuser", 2, false,
+             "Delete User: error reading username/password params from request",
+             &Model::deleteAccount},
             {"updateuser", 4, false, std::string("Update User: ") + UNREAD, &Model::updateUser},
-            {"upgradeusertosso", 3, false, std::string("UpgradeUserToSSO: ") + UNREAD, &Model::upgradeUser},
+            {"upgradeusertosso", 3, false, std::string("UpgradeUserToSSO: ") + UNREAD,
+             &Model::upgradeUser},
             {"initlocalsession", 3, false,
-                "InitLocalSession: error reading username/token/sessionid/seed params from request",
-                &Model::openSession}};
+             "InitLocalSession: error reading username/token/sessionid/seed params from request",
+             &Model::openSession}};
         for (const auto& operation : operations) {
             if (test.words.empty() || test.words[0] != operation.name) {
                 continue;
@@ -278,7 +311,8 @@ struct Model {
                                                                : (this->*operation.work)();
         }
         if (!test.words.empty() && test.words[0] == "unregister") {
-            return isSuccess(ask(UNREGISTER_USER_MXL, {})) ? "system command failed" : "unregister operation failed";
+            return isSuccess(ask(UNREGISTER_USER_MXL, {})) ? "system command failed"
+                                                           : "unregister operation failed";
         }
         return test.words.empty() ? "getRequestParam() failed" : "operation unknown";
     }
@@ -291,7 +325,8 @@ Outcome foretold(const Case& test)
     Model model{test};
     model.told.files = test.files;
     const std::string response = model.response();
-    const bool unregistered = !test.words.empty() && test.words[0] == "unregister" && response.find("system") == 0;
+    const bool unregistered =
+        !test.words.empty() && test.words[0] == "unregister" && response.find("system") == 0;
     model.told.responses = {response};
     model.told.code = response == DONE ? CODE_SUCCEED : unregistered ? CODE_NOREPLY : CODE_FAILED;
     return model.told;
@@ -302,7 +337,7 @@ bool isOwnersOwn(const Case& test)
     const std::string login = loginOf(test), file = read(test.files.owner.value_or(""));
     return !test.files.owner.value_or("").empty() &&
            (strcasecmp(cut31(between(file, "<owner>", "</owner>")).c_str(), login.c_str()) == 0 ||
-               strcasecmp(between(file, "<p2powner>", "</p2powner>").c_str(), login.c_str()) == 0);
+            strcasecmp(between(file, "<p2powner>", "</p2powner>").c_str(), login.c_str()) == 0);
 }
 
 bool isMembersOwn(const Case& test)
@@ -314,8 +349,9 @@ void foretellSession(Files& files, const std::string& user, const std::string& t
 {
     constexpr long DAY = 86400;
     for (auto [name, record] : std::map(files.records)) {
-        const std::string line =
-            record.content.substr(0, std::min<std::size_t>(255, record.content.find_first_of("\r\n")));
+        const std::string line = record.content.substr(
+            0, std::min<std::size_t>(255, record.content.find_first_of("\r\n"))
+        );
         if (pinned && !record.content.empty() && line == user) {
             record.pinned = files.records[name].pinned = false;
         }
@@ -327,7 +363,12 @@ void foretellSession(Files& files, const std::string& user, const std::string& t
     const bool is_pinned = pinned && canPin();
     const auto former = files.records.find(token);
     const bool is_there = former != files.records.end();
-    if (!token.empty() && token != "." && token != ".." && token.size() < 224 && !(is_there && former->second.pinned)) {
-        files.records[token] = {user, 0, is_pinned, !is_pinned ? 0004 : is_there ? former->second.mode : 0644};
+    if (!token.empty() && token != "." && token != ".." && token.size() < 224 &&
+        !(is_there && former->second.pinned)) {
+        files.records[token] = {
+            user, 0, is_pinned,
+            !is_pinned ? 0004
+            : is_there ? former->second.mode
+                       : 0644};
     }
 }

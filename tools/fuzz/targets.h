@@ -12,9 +12,9 @@ struct Registered {
 };
 
 /** A target, known by its name: FUZZ(name) { … `input` … } */
-#define FUZZ(name)                                                                                                     \
-    static void name(const std::string& input);                                                                        \
-    static const Registered registered_##name(#name, name);                                                            \
+#define FUZZ(name)                                                                                 \
+    static void name(const std::string& input);                                                    \
+    static const Registered registered_##name(#name, name);                                        \
     static void name(const std::string& input)
 
 /** Ends the process, telling both, where they differ. */
@@ -29,7 +29,8 @@ inline std::string read(const std::string& text)
 /** The input's first lines but one, in front of the rest: `count` fields, read as C strings. */
 std::vector<std::string> fieldsOf(const std::string& input, std::size_t count);
 
-/** The text behind the first `begin`, up to the next `end` or else to its end; nothing without `begin`. */
+/** The text behind the first `begin`, up to the next `end` or else to its end; nothing without
+ * `begin`. */
 std::string between(const std::string& text, const std::string& begin, const std::string& end);
 
 inline std::string cdata(const std::string& text, const std::string& element)

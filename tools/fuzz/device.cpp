@@ -1,11 +1,11 @@
-#include "tests/fuzz/device.h"
+#include "tools/fuzz/device.h"
 
 #include "common/device/owner_file.h"
 #include "common/device/upgrade_flag.h"
 #include "common/mxl/bwdclient.h"
 #include "syscmd/sessions/inode_flags.h"
 #include "syscmd/sessions/record.h"
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/targets.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -33,7 +33,8 @@ std::size_t requests = 0;
 std::optional<std::string> contentOf(const std::string& path)
 {
     std::ifstream file(path);
-    return file ? std::optional(std::string(std::istreambuf_iterator<char>(file), {})) : std::nullopt;
+    return file ? std::optional(std::string(std::istreambuf_iterator<char>(file), {}))
+                : std::nullopt;
 }
 
 bool isName(const std::string& name)
@@ -127,7 +128,8 @@ Case::Case(const std::string& input)
         }
     }
     for (const std::string& word : words) {
-        is_contained = is_contained && (words[0] != "initlocalsession" || word.find('/') == word.npos);
+        is_contained =
+            is_contained && (words[0] != "initlocalsession" || word.find('/') == word.npos);
     }
     for (const auto& [name, record] : files.records) {
         files.objects.insert(name);
@@ -140,16 +142,20 @@ Reply Case::reply(std::size_t index, const std::string& request) const
         return replies[index];
     }
     const std::string name = between(request, "<xs:value><![CDATA[", "]]></xs:value>");
-    return {false, "<xs:response status=\"success\"><User id=\"7\"><User_Id>7</User_Id><User_Name><![CDATA[" + name +
-                       "]]></User_Name><Group_Name><![CDATA[sky-hold]]></Group_Name></User></xs:response>"};
+    return {
+        false,
+        "<xs:response status=\"success\"><User id=\"7\"><User_Id>7</User_Id><User_Name><![CDATA[" +
+            name +
+            "]]></User_Name><Group_Name><![CDATA[sky-hold]]></Group_Name></User></xs:response>"};
 }
 
 std::string Files::told() const
 {
-    std::string text = "owner file " + owner.value_or("(none)") + (upgraded ? "\nupgraded\n" : "\n");
+    std::string text =
+        "owner file " + owner.value_or("(none)") + (upgraded ? "\nupgraded\n" : "\n");
     for (const auto& [name, record] : records) {
-        text += "session " + name + " of " + record.content + ", " + std::to_string(record.age) + " s, mode " +
-                std::to_string(record.mode) + (record.pinned ? " pinned\n" : "\n");
+        text += "session " + name + " of " + record.content + ", " + std::to_string(record.age) +
+                " s, mode " + std::to_string(record.mode) + (record.pinned ? " pinned\n" : "\n");
     }
     for (const std::string& name : objects) {
         text += "shared memory " + name + '\n';
@@ -169,12 +175,16 @@ Files filesNow()
         for (const auto& entry : fs::directory_iterator(SESSIONS)) {
             struct stat status = {};
             stat(entry.path().c_str(), &status);
-            files.records[entry.path().filename()] = {contentOf(entry.path()).value_or("(unreadable)"),
-                std::max(NOW - static_cast<long>(status.st_mtime), 0L), isPinned(entry.path()), status.st_mode & 0777U};
+            files.records[entry.path().filename()] = {
+                contentOf(entry.path()).value_or("(unreadable)"),
+                std::max(NOW - static_cast<long>(status.st_mtime), 0L), isPinned(entry.path()),
+                status.st_mode & 0777U};
         }
     }
     files.objects = laid_out->files.objects;
-    std::erase_if(files.objects, [](const std::string& name) { return !fs::exists(OBJECTS + name); });
+    std::erase_if(files.objects, [](const std::string& name) {
+        return !fs::exists(OBJECTS + name);
+    });
     return files;
 }
 
@@ -217,7 +227,8 @@ void prepare(const Case& test)
 
 int process_request_bwdclient(char* request, int request_length, char** reply, int* reply_length)
 {
-    if (request_length != static_cast<int>(strlen(request)) || *reply != nullptr || *reply_length != 0) {
+    if (request_length != static_cast<int>(strlen(request)) || *reply != nullptr ||
+        *reply_length != 0) {
         abort();
     }
     *reply = reinterpret_cast<char*>(1); // undefined after a failure

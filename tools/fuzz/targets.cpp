@@ -1,4 +1,4 @@
-#include "tests/fuzz/targets.h"
+#include "tools/fuzz/targets.h"
 
 #include <glib.h>
 
@@ -24,7 +24,9 @@ Registered::Registered(const char* name, Target target)
 void expectSame(const std::string& actual, const std::string& expected, const char* what)
 {
     if (actual != expected) {
-        std::fprintf(stderr, "%s:\n%s\n-- instead of:\n%s\n", what, actual.c_str(), expected.c_str());
+        std::fprintf(
+            stderr, "%s:\n%s\n-- instead of:\n%s\n", what, actual.c_str(), expected.c_str()
+        );
         std::abort();
     }
 }
@@ -69,7 +71,8 @@ std::vector<std::string> pairOf(const std::string& base64)
 {
     const std::string text = decoded(base64);
     const std::size_t colon = text.find(':');
-    return colon == text.npos ? std::vector<std::string>() : std::vector{text.substr(0, colon), text.substr(colon + 1)};
+    return colon == text.npos ? std::vector<std::string>()
+                              : std::vector{text.substr(0, colon), text.substr(colon + 1)};
 }
 
 std::string owned(char* text)
@@ -101,7 +104,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 int main(int, char** arguments)
 {
     for (const auto& [name, target] : targets()) {
-        for (const auto& entry : std::filesystem::directory_iterator(std::string(arguments[1]) + '/' + name)) {
+        for (const auto& entry :
+             std::filesystem::directory_iterator(std::string(arguments[1]) + '/' + name)) {
             std::fprintf(stderr, "%s\n", entry.path().c_str());
             std::ifstream file(entry.path());
             target({std::istreambuf_iterator<char>(file), {}});
