@@ -48,16 +48,6 @@ std::vector<std::string> fieldsOf(const std::string& input, std::size_t count)
     return fields;
 }
 
-std::string between(const std::string& text, const std::string& begin, const std::string& end)
-{
-    const std::size_t from = text.find(begin);
-    if (from == std::string::npos) {
-        return "";
-    }
-    const std::string rest = text.substr(from + begin.size());
-    return rest.substr(0, rest.find(end));
-}
-
 std::string decoded(const std::string& base64)
 {
     gsize length = 0;

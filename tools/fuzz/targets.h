@@ -1,6 +1,8 @@
 /** What the fuzzer runs, and the literal references that it compares with. */
 #pragma once
 
+#include "tools/between.h"
+
 #include <string>
 #include <vector>
 
@@ -28,10 +30,6 @@ inline std::string read(const std::string& text)
 
 /** The input's first lines but one, in front of the rest: `count` fields, read as C strings. */
 std::vector<std::string> fieldsOf(const std::string& input, std::size_t count);
-
-/** The text behind the first `begin`, up to the next `end` or else to its end; nothing without
- * `begin`. */
-std::string between(const std::string& text, const std::string& begin, const std::string& end);
 
 inline std::string cdata(const std::string& text, const std::string& element)
 {

@@ -65,13 +65,3 @@ bool is_name(const std::string& text)
            text.find_first_of(":/,") == std::string::npos &&
            std::string("#+- ").find(text.front()) == std::string::npos;
 }
-
-std::string between(const std::string& text, const std::string& begin, const std::string& end)
-{
-    const std::size_t at = text.find(begin);
-    if (at == std::string::npos) {
-        return "";
-    }
-    const std::string rest = text.substr(at + begin.size());
-    return rest.substr(0, rest.find(end));
-}

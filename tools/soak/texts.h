@@ -1,6 +1,8 @@
 /** What becomes of a text in a request, and which ones the management daemon keeps. */
 #pragma once
 
+#include "tools/between.h"
+
 #include <string>
 
 /** Well-formed in a CDATA section, as an element's text, in double quotes as an attribute's value.
@@ -15,7 +17,3 @@ std::string as_attribute(std::string text);
 /** Kept by the daemon as a value, and as an account's name. */
 bool is_kept(const std::string& text);
 bool is_name(const std::string& text);
-
-/** Behind the first `begin`, in front of the `end` that follows; empty without the one, to the
- * text's end without the other. */
-std::string between(const std::string& text, const std::string& begin, const std::string& end);
