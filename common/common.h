@@ -5,6 +5,7 @@
  * Conventions:
  *  - A `char**` argument receives a newly allocated NUL-terminated string, which the caller
  *    releases with free(); it is set only on success.
+ *  - Nothing here is exported by the plug-in: it comes from libsyscmd-common.a.
  *  - A null pointer where none is allowed is refused with the failure value, never dereferenced.
  *  - Nothing here throws but what std::string throws when memory runs out.
  */

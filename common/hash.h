@@ -1,12 +1,16 @@
 /**
  * Password hashes: what the device stores of a user's password, and the MD4 digest and the random
- * numbers behind them. For C and C++.
+ * numbers behind them. For C and C++. The plug-in exports all of it.
  *
  * Conventions:
  *  1. A hash is a newly allocated string, which the caller releases with free(); null for a null or
  *     empty password, for which nothing is allocated, and when memory runs out.
  *  2. Everything is re-entrant: a digest's state is the caller's, the generator's is the thread's.
  *     Nothing is logged.
+ *  3. The digest's functions have the names that OpenSSL gives its own. A source that includes
+ *     <openssl/md4.h> does so first: the digest's declarations are then OpenSSL's.
+ *  4. Salts are drawn from the thread's generator, which is never seeded: they repeat on every
+ *     thread, and only tell equal passwords of one thread apart.
  */
 #pragma once
 
@@ -17,6 +21,7 @@
 extern "C" {
 #endif
 
+#ifndef HEADER_MD4_H // OpenSSL's
 /** A 32-bit unsigned word of MD4. */
 typedef uint32_t MD4_u32plus;
 
@@ -37,6 +42,7 @@ void MD4_Update(MD4_CTX* ctx, const void* data, unsigned long size);
 
 /** Writes the digest, 16 bytes, to `result` and clears the context of everything it absorbed. */
 void MD4_Final(unsigned char* result, MD4_CTX* ctx);
+#endif
 
 /**
  * This thread's state of the C library's 48-bit generator: zero when the thread starts and never

@@ -3,8 +3,9 @@
  * transactions (MXL) with the management daemon boxwelld.
  *
  * Conventions:
+ *  - The plug-in exports MAX_LOG_LEVEL; all else comes from libsyscmd-common.a.
  *  - Requests and replies are NUL-terminated UTF-8 texts. Replies are never parsed as XML, only
- * cut.
+ *    cut.
  *  - A `char**` argument receives a newly allocated text, which the caller releases with free(); it
  *    is set only on success.
  *  - Routines return 0 on success and -1 on failure; a null argument is a failure, and is logged.

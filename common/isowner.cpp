@@ -4,6 +4,7 @@
 #include "common/cut.h"
 #include "common/device/accounts.h"
 #include "common/device/owner_file.h"
+#include "common/device/owner_names.h"
 #include "common/mxl/reply.h"
 #include "common/mxl/transport.h"
 #include "common/mxl_templates.h"

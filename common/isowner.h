@@ -2,7 +2,8 @@
  * Who a requester is to this device: its cloud owner, or an unlocked member of a local group.
  *
  * Every routine asks afresh (the owner file, the management daemon, the user and group database)
- * and logs nothing; whatever cannot be found out counts as "no", or as locked.
+ * and logs nothing; whatever cannot be found out counts as "no", or as locked. The plug-in exports
+ * SKYHOLD_GROUP; the routines come from libsyscmd-common.a.
  */
 #pragma once
 

@@ -1,4 +1,8 @@
-/** The log: to the system journal and to the broker's log file. docs/log.md lists every statement.
+/**
+ * The log: to the system journal and to the broker's log file. docs/log.md lists every statement.
+ *
+ * Of these the plug-in exports MAX_LOG_LEVEL; the rest comes from libsyscmd-common.a, whose copy of
+ * MAX_LOG_LEVEL is the including plug-in's own: set it as `execute` does.
  */
 #pragma once
 
@@ -29,7 +33,7 @@ enum class LogLevel {
  * @param function  name of the function
  * @param format    a printf format, and its arguments
  */
-[[gnu::format(printf, 5, 6)]] void logStatement(
+[[gnu::__format__(__printf__, 5, 6)]] void logStatement(
     LogLevel level, const char* file, int line, const char* function, const char* format, ...
 );
 

@@ -3,13 +3,18 @@
  * hold markup stands in CDATA sections.
  *
  * A row is the whole of a template: NAME is exported for other plug-ins, a pointer to its text;
- * NAME_TEXT is the text itself, against which the compiler checks the arguments of String().
+ * NAME_TEXT, in C++17 and later, is the text itself, against which the compiler checks the
+ * arguments of String(). For C and C++.
  */
 #pragma once
 
 #include "liblst/export.h"
 
-#ifndef MXL_TEMPLATE // where the rows are definitions, too, it is defined before
+#if defined(MXL_TEMPLATE)
+// The rows are definitions, too.
+#elif !defined(__cplusplus) || __cplusplus < 201703L
+#define MXL_TEMPLATE(name, text) EXPORTED extern const char* const name
+#else
 #define MXL_TEMPLATE(name, text)                                                                   \
     EXPORTED extern const char* const name;                                                        \
     inline constexpr char name##_TEXT[] = text

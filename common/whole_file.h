@@ -7,7 +7,7 @@
  * @return its content, which the caller releases with free(); null when it cannot be opened or
  *         closed, is empty, or memory runs out
  */
-[[gnu::format(printf, 1, 2)]] char* aGetFile(const char* format, ...);
+[[gnu::__format__(__printf__, 1, 2)]] char* aGetFile(const char* format, ...);
 
 /**
  * Reads an open descriptor to its end; an interrupted read is repeated, a failed one ends the text.

@@ -10,7 +10,8 @@
  * @param arguments  what it formats; used up as by vsnprintf
  * @return the text, which the caller releases with free(), or null with errno set
  */
-__attribute__((format(printf, 1, 0))) char* formatText(const char* format, va_list arguments);
+__attribute__((__format__(__printf__, 1, 0))) char*
+formatText(const char* format, va_list arguments);
 
 /** Inside a variadic function: sets `text` to its arguments after `format`, formatted. */
 #define FORMAT_ARGUMENTS(text, format)                                                             \

@@ -2,6 +2,8 @@
  * liblst: lists of strings, maps, string editing, files, shell commands, configuration and lock
  * files. C functions over NUL-terminated strings, for C and C++.
  *
+ * The plug-in exports every function here; liblst.a has the same, and needs the C library only.
+ *
  * Conventions, for every function unless its own text says otherwise:
  *
  * 1. Ownership. Whatever a function returns newly allocated, as its value or through an
@@ -11,12 +13,14 @@
  *    and is not released.
  * 2. Failures show as -1, or as null where a pointer is returned, with the reason in errno; nothing
  *    is logged or thrown. Memory that runs out is ENOMEM. A function that changes the caller's
- * list, map, string or collection leaves it as it was when it fails, and an out-argument is only
- * set on success.
+ *    list, map, string or collection leaves it as it was when it fails, and an out-argument is only
+ *    set on success.
  * 3. Null arguments. A null pointer where one is required is refused with EINVAL before anything
  *    is done. A null list, map or collection is an empty one wherever it says so.
  * 4. Formats are those of printf, checked by the compiler. Functions whose names end in `Format`
- *    format a path, command or text of any length and release it before they return.
+ *    format a path, command or text of any length and release it before they return. What is read
+ *    has no length beside its NUL: what follows a NUL in a file or an output is there, and lost to
+ *    every function that takes the text.
  * 5. Threads. Functions work on their arguments only and may run at once on different data;
  *    readFileRow() and ptGetFileRowFormat() share one buffer in the process and may not. Locks are
  *    between processes.
@@ -32,7 +36,7 @@ extern "C" {
 #endif
 
 /** Argument number `text` is a printf format, what it formats begins with number `first`. */
-#define LIBLST_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#define LIBLST_PRINTF(text, first) __attribute__((__format__(__printf__, text, first)))
 
 /* ---- Lists ---------------------------------------------------------------------------------
  * A null-terminated array of strings, which it owns. A null pointer is the empty list.
@@ -62,7 +66,8 @@ char** lstSplitStr(const char splitter, const char* s);
 
 /**
  * Picks the elements in which the POSIX extended regular expression `regexp` matches anywhere. The
- * expression is compiled for every element anew, so an empty list accepts any.
+ * expression is compiled for every element anew, so an empty list accepts any. A list of lstPush()
+ * must be cast, since its strings may be written to: `lstEgrep((const char**)list, "^a")`.
  *
  * @return a new list of copies; null, without an error, when none matches; null with EINVAL for an
  *         expression that does not compile and for a null list
@@ -179,11 +184,17 @@ int writeToFileFormat(const int fd, const char* format, ...) LIBLST_PRINTF(2, 3)
  * Runs the formatted command through the shell and collects what it prints on its standard output.
  *
  * @param content  receives the output
- * @return 0, whatever the command's status; -1 when it cannot be started or prints nothing
+ * @return 0, whatever the command's status, which nothing tells; -1 when it cannot be started or
+ *         prints nothing
  */
 int getShellContentFormat(char** content, const char* format, ...) LIBLST_PRINTF(2, 3);
 
-/** Runs the formatted command as system(3) does and returns its status, or -1. */
+/**
+ * Runs the formatted command as system(3) does.
+ *
+ * @return the wait status, not the exit status: WIFEXITED() and WEXITSTATUS() of waitpid(2) read
+ *         it, and `exit 1` is 256; -1 when the command cannot be started
+ */
 int executeShellFormat(const char* format, ...) LIBLST_PRINTF(1, 2);
 
 /* ---- Lines ---------------------------------------------------------------------------------
@@ -245,7 +256,12 @@ const char* getConfigValue(char** map, const char* key, const char* dval);
  */
 int lockF(const char* name);
 
-/** Releases the lock that lockF() returned `fd` for, removes the lock file and closes `fd`. */
+/**
+ * Releases the lock that lockF() returned `fd` for, removes the lock file and closes `fd`.
+ *
+ * Only after lockF() has succeeded: with -1 the lock file is removed all the same, and it is then
+ * another's, who goes on believing that the lock is held.
+ */
 void ulockF(const char* name, int fd);
 
 /* ---- Collections ---------------------------------------------------------------------------

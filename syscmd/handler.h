@@ -3,6 +3,7 @@
  * the requester, and the operations' names.
  *
  * Conventions:
+ *  - The plug-in exports all of it.
  *  - The broker owns the transaction; it is never kept beyond a call.
  *  - `execute` is the only function that the broker calls, once a command, on one thread at a time.
  *    No exception leaves it.

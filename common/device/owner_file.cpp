@@ -2,6 +2,7 @@
 
 #include "common/cut.h"
 #include "common/device/device_info.h"
+#include "common/device/owner_names.h"
 #include "common/owned_text.h"
 #include "liblst/whole_file.h"
 

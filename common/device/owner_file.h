@@ -3,15 +3,8 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #define OWNER_FILE "/opt/skyhold/etc/registration.conf"
-
-/** The cloud owner's name in the text of an owner file, a view; empty when it names none. */
-std::string_view ownerIn(const char* file);
-
-/** The peer-to-peer owner's name, likewise. */
-std::string_view p2pOwnerIn(const char* file);
 
 /** The cloud owner's name, which the caller releases with free(): empty when the file has none,
  * null when the file cannot be read or is empty. */
