@@ -22,10 +22,15 @@ add_compile_definitions(_GNU_SOURCE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 add_compile_options(
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Wmissing-declarations
     -fstack-protector-strong)
-# No build path in what ships: asserts and debug information name files from the project's root. Where
-# coverage is counted the tools need whole paths.
+# No build path in what ships: asserts and debug information name files from the project's root, so that
+# the same sources are the same bytes in any folder. Where coverage is counted the tools need whole paths.
 if(NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
-    add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    set(path_maps -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
+    if(CMAKE_SYSROOT)
+        list(APPEND path_maps -ffile-prefix-map=${CMAKE_SYSROOT}=sysroot)
+    endif()
+    add_compile_options(${path_maps})
+    add_link_options(${path_maps}) # what is optimised when it is linked
 endif()
 add_link_options(-Wl,--disable-new-dtags -Wl,-z,relro -Wl,-z,now)
 if(SYSCMD_WERROR)
