@@ -4,6 +4,9 @@
 #include "devkit/broker/check/trial.h"
 #include "devkit/broker/command.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace {
 
 const Profile* chosen(const std::string& name)
@@ -29,18 +32,22 @@ Row not_a_library(const std::string& what)
             "headers"}};
 }
 
+void add(Report& report, std::vector<Row> rows)
+{
+    std::move(rows.begin(), rows.end(), std::back_inserter(report.rows));
+}
+
 void judge(Report& report, const ElfFile& file, const Profile& profile)
 {
     report.profile = profile.name;
     report.rows.push_back(machine_row(file, profile));
-    if (findings(report) == 0) {
-        for (Row& row : rows_of(file, profile)) {
-            report.rows.push_back(std::move(row));
-        }
+    if (findings(report) != 0) {
+        return; // of another machine nothing else can be said
     }
-    report.rows.push_back(
-        findings(report) == 0 ? trial_row(report.library, profile) : no_trial_row()
-    );
+    add(report, loading_rows(file, profile));
+    const bool loadable = findings(report) == 0;
+    add(report, quality_rows(file, profile));
+    report.rows.push_back(loadable ? trial_row(report.library, profile) : no_trial_row());
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "devkit/broker/check/row.h"
 
 /**
- * Reads the library and, when nothing is found, tries it.
+ * Reads the library and, where nothing speaks against loading it, tries it.
  *
  * @param profile  whose broker is to load it; empty: by the file's machine
  * @throws BadUse  when the file cannot be read or there is no such profile

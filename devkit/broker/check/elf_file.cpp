@@ -67,7 +67,7 @@ class Reader {
         segments();
         sections();
         if (dynamic_ == nullptr || symbols_ == nullptr) {
-            throw NotALibrary("has no section headers that tell of its dynamic symbols");
+            throw NotALibrary("has no dynamic symbols");
         }
         dynamic();
         version_needs();
@@ -127,6 +127,10 @@ void Reader::header()
     if (header.e_type != ET_DYN) {
         throw NotALibrary("is an ELF file, but no shared library");
     }
+    if (header.e_shoff == 0) {
+        throw NotALibrary("has no section headers");
+    }
+    inside(header.e_shoff, std::size_t{header.e_shnum} * header.e_shentsize);
     result_.bits = gelf_getclass(elf_.get()) == ELFCLASS32 ? 32 : 64;
     result_.machine = header.e_machine;
     // g++ 12's linker sets the flag wherever Tag_ABI_VFP_args says so: the attributes need no look.

@@ -158,7 +158,7 @@ int main(int argc, char** argv)
                         : reinterpret_cast<void (*)(Object*)>(dlsym(library, "execute"));
     if (execute == nullptr) {
         std::puts(argc == 2 ? dlerror() : "usage: plugin-trial LIBRARY");
-        return 1;
+        _exit(1);
     }
     std::puts("loaded");
     Object transaction = {&TABLE.destroy};

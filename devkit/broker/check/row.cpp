@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::size_t NAME_WIDTH = 16;
+constexpr std::size_t NAME_WIDTH = 18;
 
 /** What a file says may hold anything: a terminal gets no control character. */
 std::string shown(std::string text)

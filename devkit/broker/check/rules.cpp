@@ -13,9 +13,13 @@ using Texts = std::vector<std::string>;
 
 std::string joined(const Texts& texts)
 {
+    constexpr std::size_t SHOWN = 12;
     std::string all;
-    for (const std::string& text : texts) {
-        all += (all.empty() ? "" : " ") + text;
+    for (std::size_t i = 0; i < texts.size() && i < SHOWN; ++i) {
+        all += (all.empty() ? "" : " ") + texts[i];
+    }
+    if (texts.size() > SHOWN) {
+        all += " and " + std::to_string(texts.size() - SHOWN) + " more";
     }
     return all.empty() ? "none" : all;
 }
@@ -274,14 +278,16 @@ Row machine_row(const ElfFile& file, const Profile& profile)
     );
 }
 
-std::vector<Row> rows_of(const ElfFile& file, const Profile& profile)
+std::vector<Row> loading_rows(const ElfFile& file, const Profile& profile)
 {
-    std::vector<Row> rows = {
+    return {
         exports_row(file), needed_row(file, profile), versions_row(file, profile),
         client_row(file)};
-    for (Row& each : hardening_rows(file)) {
-        rows.push_back(std::move(each));
-    }
+}
+
+std::vector<Row> quality_rows(const ElfFile& file, const Profile& profile)
+{
+    std::vector<Row> rows = hardening_rows(file);
     rows.push_back(size_row(file, profile));
     rows.push_back(version_row(file));
     return rows;

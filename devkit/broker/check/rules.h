@@ -8,5 +8,8 @@
 /** Whether the file is for the profile's machine. */
 Row machine_row(const ElfFile& file, const Profile& profile);
 
-/** All other rows, in the order in which they are shown. */
-std::vector<Row> rows_of(const ElfFile& file, const Profile& profile);
+/** What the library must be for a broker to load it: a finding here, and it need not be tried. */
+std::vector<Row> loading_rows(const ElfFile& file, const Profile& profile);
+
+/** What it should be beyond that. */
+std::vector<Row> quality_rows(const ElfFile& file, const Profile& profile);

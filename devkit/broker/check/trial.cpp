@@ -120,9 +120,13 @@ Words command_for(const std::string& library, const Profile& profile, std::strin
     } else if (!native && !fs::exists(sysroot)) {
         why_not = "there is no " + sysroot.string();
     }
+    // A library with a path of its own would not be looked for by the program's.
+    const std::string libraries = "LD_LIBRARY_PATH=" + trial.parent_path().string();
     const std::string path = fs::absolute(library).string();
-    return native ? Words{trial.string(), path}
-                  : Words{"qemu-arm", "-L", sysroot.string(), trial.string(), path};
+    if (native) {
+        return {"env", libraries, trial.string(), path};
+    }
+    return {"qemu-arm", "-L", sysroot.string(), "-E", libraries, trial.string(), path};
 }
 
 std::string how_it_went(const Outcome& outcome)
@@ -184,5 +188,5 @@ Row trial_row(const std::string& library, const Profile& profile)
 
 Row no_trial_row()
 {
-    return {"trial", "not run: a library with findings is not loaded", {}};
+    return {"trial", "not run: it cannot be loaded before the findings above are mended", {}};
 }

@@ -11,5 +11,5 @@
  */
 Row trial_row(const std::string& library, const Profile& profile);
 
-/** The row in its place: the static rows have findings, so the library was not loaded. */
+/** The row in its place where the library cannot be loaded. */
 Row no_trial_row();
