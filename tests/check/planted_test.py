@@ -111,10 +111,10 @@ def write(path, text):
 
 
 @functools.cache
-def execute_object(text):
+def execute_object(text, *flags):
     folder = tempfile.mkdtemp(dir=WORK)
     write(f"{folder}/execute.cpp", text)
-    subprocess.run([CXX, *COMPILED, f"-I{SOURCE}", "-c", "execute.cpp"], cwd=folder, check=True)
+    subprocess.run([CXX, *COMPILED, *flags, f"-I{SOURCE}", "-c", "execute.cpp"], cwd=folder, check=True)
     return f"{folder}/execute.o"
 
 
@@ -123,7 +123,8 @@ def build(folder, case):
     names, script = exports(case.get("kinds", {}))
     write(f"{folder}/rest.c", REST + names + case.get("text", VERSION) + case.get("rest", ""))
     execute = EXECUTE.replace("BEFORE", case.get("before", "")).replace("PARAMETER", str(case.get("parameter", 0)))
-    execute = execute_object(execute.replace('unknown");', 'unknown");' + case.get("after", "")))
+    execute = execute_object(execute.replace('unknown");', 'unknown");' + case.get("after", "")),
+                             *case.get("compile", []))
     write(f"{folder}/exports.map", script)
     subprocess.run([CC, *COMPILED, *case.get("compile", []), "-c", "rest.c"], cwd=folder, check=True)
     linked = [flag for flag in LINKED if flag != case.get("unlink")] + case.get("link", [])
