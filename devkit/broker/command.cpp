@@ -41,24 +41,30 @@ std::vector<std::string> split_line(const std::string& line)
     return {words, words + count};
 }
 
+/** Parses by the options that `app` has; the words that are left. */
+std::vector<std::string> parse(CLI::App& app, const std::vector<std::string>& words)
+{
+    app.set_help_flag();
+    app.allow_extras();
+    try {
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    } catch (const CLI::ParseError& error) {
+        throw BadUse(error.what());
+    }
+    return command_words(app.remaining());
+}
+
 } // namespace
 
 Options parse_options(const std::vector<std::string>& words)
 {
     Options options;
     CLI::App app;
-    app.set_help_flag();
-    app.allow_extras();
     app.add_option("--as", options.command.credentials);
     app.add_option("--log-level", options.command.log_level)->check(CLI::Range(0, 7));
     app.add_option("--plugin", options.plugin);
     app.add_flag("--json", options.json);
-    try {
-        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
-    } catch (const CLI::ParseError& error) {
-        throw BadUse(error.what());
-    }
-    options.command.words = command_words(app.remaining());
+    options.command.words = parse(app, words);
     auto& credentials = options.command.credentials;
     if (credentials && credentials->find(':') == std::string::npos) {
         *credentials += ':';
@@ -97,4 +103,18 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
         }
     }
     return script;
+}
+
+CheckOptions parse_check(const std::vector<std::string>& words)
+{
+    CheckOptions options;
+    CLI::App app;
+    app.add_option("--profile", options.profile);
+    app.add_flag("--json", options.json);
+    const auto rest = parse(app, words);
+    if (rest.size() != 1) {
+        throw BadUse("expected one library and nothing else");
+    }
+    options.library = rest.front();
+    return options;
 }

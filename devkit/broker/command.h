@@ -50,3 +50,17 @@ struct ScriptLine {
  * @throws BadUse  naming the first line that is no command
  */
 std::vector<ScriptLine> parse_script(const std::string& text, const std::string& name);
+
+/** What `broker check` is asked. */
+struct CheckOptions {
+    std::string library;
+    std::string profile; // empty: by the library's machine
+    bool json = false;
+};
+
+/**
+ * Reads LIBRARY [--json] [--profile NAME].
+ *
+ * @throws BadUse
+ */
+CheckOptions parse_check(const std::vector<std::string>& words);

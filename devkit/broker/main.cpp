@@ -1,4 +1,5 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
+#include "devkit/broker/check/check.h"
 #include "devkit/broker/report.h"
 #include "devkit/on_device.h"
 
@@ -19,15 +20,19 @@ constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json]
        broker script FILE|- [--plugin PATH] [--json]
        broker hash PASSWORD [--plugin PATH]
+       broker check LIBRARY [--json] [--profile NAME]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 hash    prints a password's hash pair as the operations take it
+check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
+        mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
 
 A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
-Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, 1 when one is not, 2 for bad use.
+Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY and nothing is found, 1 when not, 2 for bad
+use.
 )";
 
 using Words = std::vector<std::string>;
@@ -118,6 +123,21 @@ int hash(const Words& words)
     return EXIT_CARRIED_OUT;
 }
 
+#ifdef BROKER_CHECK
+int check(const Words& words)
+{
+    const CheckOptions options = parse_check(words);
+    const Report report = check_library(options.library, options.profile);
+    print(options.json ? text_of(as_json(report)) : for_people(report));
+    return exit_status(findings(report) == 0);
+}
+#else
+int check(const Words&)
+{
+    throw BadUse("this broker was built without check; the desk's has it");
+}
+#endif
+
 bool asks_for_help(const Words& words)
 {
     return std::any_of(
@@ -140,6 +160,9 @@ int dispatch(const std::string& command, const Words& words)
     }
     if (command == "hash") {
         return hash(words);
+    }
+    if (command == "check") {
+        return check(words);
     }
     throw BadUse(
         (command.empty() ? "which command?" : "unknown command " + command) + " (see broker --help)"
