@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <string>
 
 namespace {
@@ -38,6 +39,35 @@ struct Options {
     Order order;
     int skip = 0;
     int count = 1;
+};
+
+struct Usage {
+    const char* command;
+    const char* arguments;
+};
+
+constexpr Usage USAGES[] = {
+    {"serve", "[--socket PATH] [--client-timeout MS]"},
+    {"seed", "FILE|-"},
+    {"show", "[--json]"},
+    {"transcript", "[--from N] [--json]"},
+    {"order", "KIND [TEXT] [--skip K] [--count N]"},
+};
+
+/** Usage lines as the manual page has them: of one command, or of all. */
+class UsageFormatter : public CLI::Formatter {
+  public:
+    std::string make_usage(const CLI::App* app, std::string /*name*/) const override
+    {
+        std::string text;
+        for (const Usage& usage : USAGES) {
+            if (app->get_parent() == nullptr || app->get_name() == usage.command) {
+                text += std::string(text.empty() ? "usage: " : "       ") +
+                        "boxwelld [OPTION...] " + usage.command + ' ' + usage.arguments + '\n';
+            }
+        }
+        return text;
+    }
 };
 
 void print(const std::string& text)
@@ -209,6 +239,7 @@ int run(int argc, char** argv)
         "(devkit/device/device starts one) the files that a command uses must be given.",
         "boxwelld"
     );
+    app.formatter(std::make_shared<UsageFormatter>());
     Options options;
     int status = EXIT_USAGE;
     std::string problem;

@@ -1,0 +1,42 @@
+# shellcheck shell=bash
+# Words of boxwelld(8), for bash.
+
+_boxwelld_words() {
+    local word=${COMP_WORDS[COMP_CWORD]} common='--state --passwd --group --help' command='' own='' i
+    COMPREPLY=()
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        case ${COMP_WORDS[i]} in
+            --state | --passwd | --group) ((i += 1)) ;;
+            -*) ;;
+            *)
+                command=${COMP_WORDS[i]}
+                break
+                ;;
+        esac
+    done
+    case ${COMP_WORDS[COMP_CWORD - 1]} in
+        --state | --passwd | --group | --socket)
+            mapfile -t COMPREPLY < <(compgen -f -- "$word")
+            return
+            ;;
+        --client-timeout | --from | --skip | --count) return ;;
+    esac
+    case $command in
+        '') own='serve seed show transcript order' ;;
+        serve) own='--socket --client-timeout' ;;
+        show) own=--json ;;
+        transcript) own='--from --json' ;;
+        order) own='--skip --count' ;;
+    esac
+    if [[ $word == -* ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$own $common" -- "$word")
+    elif [ "$command" = seed ]; then
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    elif [ "$command" = order ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
+        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut fail die clear' -- "$word")
+    elif [ -z "$command" ]; then
+        mapfile -t COMPREPLY < <(compgen -W "$own" -- "$word")
+    fi
+}
+
+complete -o filenames -F _boxwelld_words boxwelld
