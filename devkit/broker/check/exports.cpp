@@ -63,7 +63,8 @@ std::string joined(const std::vector<std::string>& parts)
 {
     std::string text;
     for (const std::string& each : parts) {
-        text += (text.empty() || each.empty() ? "" : "; ") + each;
+        text += text.empty() || each.empty() ? "" : "; ";
+        text += each;
     }
     return text;
 }

@@ -181,7 +181,24 @@ Row hardening_row(
     return row(name, good ? as_it_should_be : otherwise, good, finding);
 }
 
-std::vector<Row> hardening_rows(const ElfFile& file)
+std::vector<Row> compiled_rows(const ElfFile& file)
+{
+    return {
+        hardening_row(
+            "stack canaries", has_canaries(file),
+            {"__stack_chk_fail is not called", "an overrun of a buffer on the stack goes unseen",
+             "compile with -fstack-protector-strong"}
+        ),
+        hardening_row(
+            "checked calls", has_checked_calls(file),
+            {"no checked call of the C library (__snprintf_chk and its like) is made",
+             "a call that writes more than its buffer holds goes unseen",
+             "compile with -O1 or higher and -D_FORTIFY_SOURCE=2"}
+        ),
+    };
+}
+
+std::vector<Row> linked_rows(const ElfFile& file)
 {
     return {
         hardening_row(
@@ -198,17 +215,6 @@ std::vector<Row> hardening_rows(const ElfFile& file)
              "link with -Wl,-z,now"}
         ),
         hardening_row(
-            "stack canaries", has_canaries(file),
-            {"__stack_chk_fail is not called", "an overrun of a buffer on the stack goes unseen",
-             "compile with -fstack-protector-strong"}
-        ),
-        hardening_row(
-            "checked calls", has_checked_calls(file),
-            {"no checked call of the C library (__snprintf_chk and its like) is made",
-             "a call that writes more than its buffer holds goes unseen",
-             "compile with -O1 or higher and -D_FORTIFY_SOURCE=2"}
-        ),
-        hardening_row(
             "text relocations", !file.text_relocations,
             {"code is relocated when it is loaded",
              "code is writable meanwhile, and no two processes share it",
@@ -218,8 +224,7 @@ std::vector<Row> hardening_rows(const ElfFile& file)
         row("library path", file.library_path.value_or("none"), !file.library_path,
             {"the file names folders to look for libraries in",
              "on a device whoever can write there has code run as root, and folders of a build "
-             "machine mean "
-             "nothing",
+             "machine mean nothing",
              "link without -Wl,-rpath, with CMake SKIP_BUILD_RPATH, or remove it: patchelf "
              "--remove-rpath"}),
         hardening_row(
@@ -287,7 +292,10 @@ std::vector<Row> loading_rows(const ElfFile& file, const Profile& profile)
 
 std::vector<Row> quality_rows(const ElfFile& file, const Profile& profile)
 {
-    std::vector<Row> rows = hardening_rows(file);
+    std::vector<Row> rows = linked_rows(file);
+    for (Row& each : compiled_rows(file)) {
+        rows.push_back(std::move(each));
+    }
     rows.push_back(size_row(file, profile));
     rows.push_back(version_row(file));
     return rows;
