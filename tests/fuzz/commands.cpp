@@ -3,7 +3,9 @@
 #include "syscmd/handler.h"
 #include "syscmd/sessions/record.h"
 #include "syscmd/sessions/sweep.h"
+#include "syscmd/strict.h"
 #include "tools/fuzz/device.h"
+#include "tools/fuzz/strict.h"
 #include "tools/fuzz/targets.h"
 
 #include <regex>
@@ -79,18 +81,42 @@ void judgeFaulty(const Case& test, const Outcome& outcome)
     finding(succeeded && !is_whole && test.fault.kind != std::string("fclose"), "success with half an owner file");
 }
 
+void judge(const Case& test)
+{
+    if (*test.fault.kind != '\0') {
+        const Outcome outcome = run(test, test.fault);
+        if (STRICT) {
+            expectStructure(outcome, test.files);
+            expectOwnAccount(test, outcome);
+        }
+        judgeFaulty(test, outcome);
+    }
+    const Outcome outcome = run(test, {});
+    if (STRICT) {
+        expectStructure(outcome, test.files);
+        expectOwnAccount(test, outcome);
+    }
+    expectSame(outcome.told(), foretold(test).told(), "a command");
+}
+
 } // namespace
+
+#ifdef SYSCMD_STRICT
+
+FUZZ(commands_strict)
+{
+    watchStrictly();
+    judge(trustworthy(Case(input)));
+}
+
+#else
 
 FUZZ(commands)
 {
     const Case test(input);
-    if (!test.is_contained) {
-        return;
+    if (test.is_contained) {
+        judge(test);
     }
-    if (*test.fault.kind != '\0') {
-        judgeFaulty(test, run(test, test.fault));
-    }
-    expectSame(run(test, {}).told(), foretold(test).told(), "a command");
 }
 
 FUZZ(sessions) // words: the user, the token, the expiry
@@ -109,3 +135,5 @@ FUZZ(sessions) // words: the user, the token, the expiry
     foretellSession(test.files, user, token, pinned);
     expectSame(files.told(), test.files.told(), "records");
 }
+
+#endif

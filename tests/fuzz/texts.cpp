@@ -256,7 +256,7 @@ FUZZ(log) // a digit, the journal's threshold, and the text
     const std::string text = input.empty() ? "" : read(input.substr(1));
     static std::vector<std::string> entries;
     entries.clear();
-    on_entry = [](const char* message) {
+    on_entry = [](const char*, const char* message) {
         entries.emplace_back(message);
     };
     prepare(Case(""));

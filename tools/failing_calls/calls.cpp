@@ -23,6 +23,15 @@ static void expectClosedInOthers(bool is_closed)
     }
 }
 
+std::function<void(const char*)> on_writing;
+static void tellWriting(const char* path, bool writes)
+{
+    if (faultsAreArmed() && writes && on_writing) {
+        const Aside aside;
+        on_writing(path);
+    }
+}
+
 CALL("access", int, access, (const char* path, int mode), (path, mode), -1)
 CALL("open", int, creat64, (const char* path, mode_t mode), (path, mode), -1)
 CALL(
@@ -40,6 +49,7 @@ DECLARE(int, open64, (const char* path, int flags, ...))
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     expectClosedInOthers((flags & O_CLOEXEC) != 0);
+    tellWriting(path, (flags & O_ACCMODE) != O_RDONLY);
     return strike("open") != 0 ? -1 : __real_open64(path, flags, mode);
 }
 DECLARE(ssize_t, read, (int fd, void* to, std::size_t size))
@@ -63,6 +73,7 @@ CALL("lockf", int, lockf64, (int fd, int command, off64_t length), (fd, command,
 DECLARE(FILE*, fopen64, (const char* path, const char* mode))
 {
     expectClosedInOthers(strchr(mode, 'e') != nullptr);
+    tellWriting(path, *mode != 'r');
     return strike("fopen") != 0 ? nullptr : counted(__real_fopen64(path, mode));
 }
 CALL("fgets", char*, fgets, (char* to, int size, FILE* stream), (to, size, stream), nullptr)
@@ -194,17 +205,18 @@ DECLARE(time_t, time, (time_t*))
     return 1772600767;
 }
 /** Journal entries are the operations' tests' affair; here they would only take time. */
-std::function<void(const char*)> on_entry;
+std::function<void(const char*, const char*)> on_entry;
 extern "C" int
 __wrap_sd_journal_send_with_location(const char*, const char*, const char*, const char*, ...);
 int __wrap_sd_journal_send_with_location(
-    const char*, const char*, const char*, const char* format, ...
+    const char* file, const char*, const char*, const char* format, ...
 )
 {
     if (on_entry) {
+        const Aside aside;
         va_list arguments;
         va_start(arguments, format);
-        on_entry(va_arg(arguments, const char*));
+        on_entry(file, va_arg(arguments, const char*));
         va_end(arguments);
     }
     return -ENOMEM;

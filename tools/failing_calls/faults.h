@@ -62,5 +62,7 @@ extern bool shell_is_replayed;
 extern std::function<void(const char*)> on_command;
 /** What a command prints, where the program tells it. */
 extern std::function<std::string(const char*)> on_print;
-/** What becomes of the journal's entries. */
-extern std::function<void(const char*)> on_entry;
+/** What becomes of the journal's entries: the unit's CODE_FILE, and the text. */
+extern std::function<void(const char* file, const char* text)> on_entry;
+/** Is told of a path that a call under test is about to write. */
+extern std::function<void(const char* path)> on_writing;

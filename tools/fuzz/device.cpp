@@ -165,7 +165,8 @@ std::string Files::told() const
 
 std::string Outcome::told() const
 {
-    return joined(asked) + "code " + std::to_string(code) + '\n' + joined(responses) + files.told();
+    return joined(asked) + refusal + "\ncode " + std::to_string(code) + '\n' + joined(responses) +
+           files.told();
 }
 
 Files filesNow()

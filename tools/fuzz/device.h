@@ -62,6 +62,7 @@ struct Outcome {
     std::vector<std::string> asked; // the daemon, and the shell
     std::vector<std::string> responses;
     TTransactionCode code = CODE_UNDEFINED;
+    std::string refusal; // what a strict build says of one
     Files files;
     std::string told() const;
 };
@@ -74,6 +75,8 @@ bool canPin();
 
 /** What the contract has the command do, read off it line by line. */
 Outcome foretold(const Case& test);
+std::string loginOf(const Case& test);
+bool isOwnersName(const Case& test, const std::string& name);
 /** Whether the requester is the owner, or a member by the daemon's first reply. */
 bool isOwnersOwn(const Case& test);
 bool isMembersOwn(const Case& test);

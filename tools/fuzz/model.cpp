@@ -1,6 +1,8 @@
 // What a command has to do, by std::string and loops only.
 #include "common/mxl_templates.h"
+#include "syscmd/strict.h"
 #include "tools/fuzz/device.h"
+#include "tools/fuzz/strict.h"
 #include "tools/fuzz/targets.h"
 
 #include <grp.h>
@@ -30,13 +32,6 @@ Text idOf(const std::string& name)
 {
     const passwd* entry = getpwnam(name.c_str());
     return entry != nullptr ? Text(std::to_string(static_cast<int>(entry->pw_uid))) : Text();
-}
-
-std::string loginOf(const Case& test)
-{
-    const std::string login = read(test.credentials.value_or(""));
-    const std::size_t colon = login.find(':');
-    return colon == login.npos ? login : cut31(login.substr(0, colon));
 }
 
 bool isMemberBy(const Text& reply)
@@ -80,6 +75,13 @@ struct Model {
         told.asked.push_back(request);
         const Reply reply = test.reply(requests++, request);
         return reply.fails ? Text() : reply.text;
+    }
+
+    bool isMember()
+    {
+        const std::string login = loginOf(test);
+        return (!STRICT || isLegalLogin(login)) &&
+               isMemberBy(ask(GET_USER_DATA_MXL, {"", login, ""}));
     }
 
     std::optional<UserData> userData(const std::string& user)
@@ -303,12 +305,17 @@ struct Model {
                 continue;
             }
             const bool is_owner = isOwnersOwn(test);
-            if (!is_owner && !isMemberBy(ask(GET_USER_DATA_MXL, {"", loginOf(test), ""}))) {
+            if (!is_owner && !isMember()) {
                 return "access denied";
             }
-            return operation.is_owners && !is_owner            ? "operation unknown"
-                   : test.words.size() <= operation.parameters ? operation.unread
-                                                               : (this->*operation.work)();
+            if (operation.is_owners && !is_owner) {
+                return "operation unknown";
+            }
+            if (test.words.size() <= operation.parameters) {
+                return operation.unread;
+            }
+            told.refusal = STRICT ? refusal(test, is_owner) : "";
+            return told.refusal.empty() ? (this->*operation.work)() : operation.unread;
         }
         if (!test.words.empty() && test.words[0] == "unregister") {
             return isSuccess(ask(UNREGISTER_USER_MXL, {})) ? "system command failed"
@@ -332,17 +339,29 @@ Outcome foretold(const Case& test)
     return model.told;
 }
 
+std::string loginOf(const Case& test)
+{
+    const std::string login = read(test.credentials.value_or(""));
+    const std::size_t colon = login.find(':');
+    return colon == login.npos ? login : cut31(login.substr(0, colon));
+}
+
+bool isOwnersName(const Case& test, const std::string& name)
+{
+    const std::string file = read(test.files.owner.value_or(""));
+    return !test.files.owner.value_or("").empty() &&
+           (strcasecmp(cut31(between(file, "<owner>", "</owner>")).c_str(), name.c_str()) == 0 ||
+            strcasecmp(between(file, "<p2powner>", "</p2powner>").c_str(), name.c_str()) == 0);
+}
+
 bool isOwnersOwn(const Case& test)
 {
-    const std::string login = loginOf(test), file = read(test.files.owner.value_or(""));
-    return !test.files.owner.value_or("").empty() &&
-           (strcasecmp(cut31(between(file, "<owner>", "</owner>")).c_str(), login.c_str()) == 0 ||
-            strcasecmp(between(file, "<p2powner>", "</p2powner>").c_str(), login.c_str()) == 0);
+    return isOwnersName(test, loginOf(test));
 }
 
 bool isMembersOwn(const Case& test)
 {
-    return isMemberBy(Model{test}.ask(GET_USER_DATA_MXL, {"", loginOf(test), ""}));
+    return Model{test}.isMember();
 }
 
 void foretellSession(Files& files, const std::string& user, const std::string& token, bool pinned)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -48,13 +49,18 @@ std::vector<std::string> fieldsOf(const std::string& input, std::size_t count)
     return fields;
 }
 
-std::string decoded(const std::string& base64)
+std::string decodedBytes(const std::string& base64)
 {
     gsize length = 0;
     guchar* bytes = g_base64_decode(base64.c_str(), &length);
     const std::string text(reinterpret_cast<char*>(bytes), length);
     g_free(bytes);
-    return read(text);
+    return text;
+}
+
+std::string decoded(const std::string& base64)
+{
+    return read(decodedBytes(base64));
 }
 
 std::vector<std::string> pairOf(const std::string& base64)
@@ -90,15 +96,22 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
     return 0;
 }
 #else
-/** Replays a corpus: a folder of files for each target. */
+static void replay(const std::string& folder, Target target)
+{
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::fprintf(stderr, "%s\n", entry.path().c_str());
+        std::ifstream file(entry.path());
+        target({std::istreambuf_iterator<char>(file), {}});
+    }
+}
+/** Replays a corpus: a folder of files for each target; one of X_strict takes X's, too. */
 int main(int, char** arguments)
 {
     for (const auto& [name, target] : targets()) {
-        for (const auto& entry :
-             std::filesystem::directory_iterator(std::string(arguments[1]) + '/' + name)) {
-            std::fprintf(stderr, "%s\n", entry.path().c_str());
-            std::ifstream file(entry.path());
-            target({std::istreambuf_iterator<char>(file), {}});
+        const std::string folder = std::string(arguments[1]) + '/' + name;
+        replay(folder, target);
+        if (folder.ends_with("_strict")) {
+            replay(folder.substr(0, folder.size() - strlen("_strict")), target);
         }
     }
 }

@@ -36,7 +36,8 @@ inline std::string cdata(const std::string& text, const std::string& element)
     return between(text, '<' + element + "><![CDATA[", "]]></" + element + '>');
 }
 
-/** Base64, as GLib decodes it, read as a C string. */
+/** Base64, as GLib decodes it, and that read as a C string. */
+std::string decodedBytes(const std::string& base64);
 std::string decoded(const std::string& base64);
 /** What it decodes to in front of the first colon, and behind it; nothing without. */
 std::vector<std::string> pairOf(const std::string& base64);
