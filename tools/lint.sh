@@ -45,7 +45,7 @@ analyzer() {
     local flags
     flags=$(pkg-config --cflags glib-2.0 libsystemd)
     # shellcheck disable=SC2086 # one word a flag
-    sources | grep -E '^(syscmd|common|liblst)/.*\.cpp$' | xargs -P "$JOBS" -I{} g++ -std=c++20 -D_GNU_SOURCE -DSYSCMD_STRICT -I. \
+    sources | grep -E '^(syscmd|common|liblst)/.*\.cpp$' | xargs -P "$JOBS" -I{} g++ -std=c++20 -D_GNU_SOURCE -DSYSCMD_STRICT '-DSYSCMD_VERSION=""' -I. \
         $flags -O1 -fanalyzer -Wno-analyzer-malloc-leak -Werror -S -o /dev/null {}
 }
 

@@ -83,7 +83,8 @@ Row exports_row(const ElfFile& file)
         if (found == actual.end()) {
             missing.push_back(for_reader(name));
         } else if (found->second != kind) {
-            other_kind.push_back(name + " is " + found->second + ", not " + kind);
+            other_kind.push_back(name);
+            other_kind.back().append(" is ").append(found->second).append(", not ").append(kind);
         }
     }
     for (const auto& [name, kind] : actual) {
