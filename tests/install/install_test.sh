@@ -27,7 +27,7 @@ headers=$prefix/include/syscmd
 pkgconfig=$(dirname "$(find "$prefix" -name liblst.pc)")
 
 # ---- paths, version -----------------------------------------------------------------------------
-expect 'paths of the machine that built it' '' grep -rlaF -e "$sources" -e "$build" "$prefix"
+expect 'paths of the machine that built it' '' grep -rlIF -e "$sources" -e "$build" "$prefix"
 expect 'library paths' '' bash -c "readelf -d '$plugin' | grep -E 'RPATH|RUNPATH'"
 version=$(PKG_CONFIG_PATH=$pkgconfig pkg-config --modversion syscmd)
 expect 'the version in the plug-in' "syscmd $version" bash -c "strings -a '$plugin' | grep '^syscmd [0-9]' | sort -u"
