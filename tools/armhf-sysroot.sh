@@ -25,7 +25,7 @@ PLUGIN=(
 # The broker's and the tests' own.
 TESTS=(
     libcli11-dev nlohmann-json3-dev
-    libnettle8 nettle-dev libxml2 libxml2-dev libicu72 libicu-dev
+    libelf1 libelf-dev zlib1g-dev libnettle8 nettle-dev libxml2 libxml2-dev libicu72 libicu-dev
     libsqlitecpp-dev libsqlite3-0 libsqlite3-dev libssl3
 )
 
@@ -60,6 +60,20 @@ download() {
     apt-get "${options[@]}" -qq download "$@"
 }
 
+# record PACKAGE-FILE DATABASE ROOT: what dpkg-shlibdeps asks for, as dpkg would have it of a package
+# installed in ROOT: whose a library is, and which version has each symbol.
+record() {
+    local name info=$2/info part
+    name=$(dpkg-deb -f "$1" Package)
+    [ "$(dpkg-deb -f "$1" Multi-Arch)" != same ] || name+=:armhf
+    mkdir -p "$info"
+    { dpkg-deb -f "$1" | sed '/^Package:/a Status: install ok installed' && echo; } >>"$2/status"
+    dpkg-deb --fsys-tarfile "$1" | tar -t | sed "s|^\.|$3|" >"$info/$name.list"
+    for part in symbols shlibs; do
+        dpkg-deb -I "$1" "$part" >"$info/$name.$part" 2>/dev/null || rm "$info/$name.$part"
+    done
+}
+
 # Absolute links would lead out of the sysroot.
 relative_links() {
     local link target
@@ -80,9 +94,9 @@ case ${1:-} in
         ;;
 esac
 DIR=$(realpath -m "${1:-$(dirname "$(readlink -f "$0")")/../build/armhf-sysroot}")
-CONTENTS="${PLUGIN[*]} ${TESTS[*]}"
+# Left in the finished sysroot, where another list makes it anew.
+CONTENTS="${PLUGIN[*]} ${TESTS[*]} .dpkg/"
 
-# The list of packages is left in the finished sysroot: another list makes it anew.
 [ "$(cat "$DIR/.packages" 2>/dev/null)" != "$CONTENTS" ] || exit 0
 [ ! -e "$DIR" ] || [ -e "$DIR/.packages" ] || [ -z "$(ls -A "$DIR")" ] ||
     die "$DIR holds something else than a sysroot of this script's"
@@ -95,10 +109,13 @@ mkdir -p "$work/apt" "$work/debs" "$work/root"
 (cd "$work/debs" && download "$work/apt" "${PLUGIN[@]}" "${TESTS[@]}")
 for package in "$work"/debs/*.deb; do
     dpkg-deb -x "$package" "$work/root"
+    record "$package" "$work/root/.dpkg" "$DIR"
 done
 relative_links "$work/root"
 # The emulator prefers a file below the sysroot: the accounts and settings must be the device's.
 rm -rf "$work/root"/{etc,var,run} "$work/root/usr/share"/{doc,man,locale}
+printf '%s\n' 1 >"$work/root/.dpkg/info/format"
+printf '%s\n' amd64 armhf >"$work/root/.dpkg/arch"
 printf '%s\n' "$CONTENTS" >"$work/root/.packages"
 chmod 755 "$work/root"
 rm -rf "$DIR"

@@ -123,7 +123,6 @@ int hash(const Words& words)
     return EXIT_CARRIED_OUT;
 }
 
-#ifdef BROKER_CHECK
 int check(const Words& words)
 {
     const CheckOptions options = parse_check(words);
@@ -131,12 +130,6 @@ int check(const Words& words)
     print(options.json ? text_of(as_json(report)) : for_people(report));
     return exit_status(findings(report) == 0);
 }
-#else
-int check(const Words&)
-{
-    throw BadUse("this broker was built without check; the desk's has it");
-}
-#endif
 
 bool asks_for_help(const Words& words)
 {

@@ -87,7 +87,7 @@ class Reader {
     void find_version(Elf_Scn* section);
 
     /** Refuses what ends behind the file's end. */
-    void inside(std::size_t offset, std::size_t size) const
+    void inside(GElf_Off offset, GElf_Xword size) const
     {
         if (offset > file_.size() || size > file_.size() - offset) {
             throw NotALibrary("is cut short: it goes on behind its last byte");
@@ -98,9 +98,10 @@ class Reader {
         GElf_Shdr header;
         return *whole(gelf_getshdr(section, &header));
     }
-    std::string text(std::size_t section, std::size_t offset) const
+    std::string text(std::size_t section, GElf_Xword offset) const
     {
-        return whole(elf_strptr(elf_.get(), section, offset));
+        inside(0, offset);
+        return whole(elf_strptr(elf_.get(), section, static_cast<std::size_t>(offset)));
     }
     std::size_t entries(const Elf_Data* data, Elf_Type type) const
     {

@@ -1,7 +1,7 @@
 /** What a shared library says of itself, read from its ELF file; nothing of it is loaded or run. */
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -18,9 +18,9 @@ struct ElfSymbol {
 
 /** Bytes as `size` counts them. */
 struct ElfSize {
-    std::size_t text = 0;
-    std::size_t data = 0;
-    std::size_t bss = 0;
+    std::uint64_t text = 0;
+    std::uint64_t data = 0;
+    std::uint64_t bss = 0;
 };
 
 struct ElfFile {

@@ -240,7 +240,7 @@ std::vector<Row> linked_rows(const ElfFile& file)
 Row size_row(const ElfFile& file, const Profile& profile)
 {
     const auto& size = file.size;
-    const std::size_t sum = size.text + size.data + size.bss;
+    const std::uint64_t sum = size.text + size.data + size.bss;
     const std::size_t budget = profile.budget.value_or(sum);
     const std::string limit = profile.budget ? " of " + std::to_string(budget) : "";
     return row(
