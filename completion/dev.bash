@@ -17,6 +17,7 @@ _dev_words() {
             *)
                 case $command in
                     build | clean) words=$(_dev_presets) ;;
+                    package) words=armhf ;;
                     test) words='--all --target --way' ;;
                     demo) words='--way --full' ;;
                     bench) words=--way ;;
