@@ -128,7 +128,7 @@ check("completion of dev", sorted(set(COMMAND_LINES)), offers("dev", ""))
 PRESETS = re.findall(r'^  "(\S+)"', output("cmake", "-S", REPOSITORY, "--list-presets"), re.M)
 for words, expected in {
     ("build", ""): PRESETS, ("clean", "armhf-"): [word for word in PRESETS if word.startswith("armhf-")],
-    ("test", "--"): ["--all", "--target", "--way"], ("test", "--target", ""): ["armhf"],
+    ("abi", ""): ["--update"], ("test", "--"): ["--all", "--target", "--way"], ("test", "--target", ""): ["armhf"],
     ("demo", "--way", ""): ["proot", "root", "userns"], ("soak", "--"): ["--only", "--seed", "--way"],
     ("fuzz", "l"): [path.name for path in (REPOSITORY / "tests/fuzz/corpus").glob("l*")],
 }.items():
