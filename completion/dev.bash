@@ -20,6 +20,7 @@ _dev_words() {
                     package) words=armhf ;;
                     test) words='--all --target --way' ;;
                     demo) words='--way --full' ;;
+                    abi) words=--update ;;
                     bench) words=--way ;;
                     soak) words='--seed --only --way' ;;
                     fuzz) [ "$COMP_CWORD" -ne 2 ] || words="all $(ls "$_dev_root/tests/fuzz/corpus")" ;;

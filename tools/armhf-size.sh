@@ -1,13 +1,8 @@
 #!/usr/bin/env bash
-# What the stripped plug-in costs a device, and what it asks of it.
+# What the stripped plug-in costs a device, and what it asks of it; `broker check` tells whether a device has it.
 set -euo pipefail
 
-# Bytes of text, data and bss that the device has room for, pages of memory that loading may make its own,
-# and the libraries that it has.
-LIMIT=${SIZE_LIMIT:-46000}
-DIRTY_LIMIT=3
-LIBRARIES='ld-linux-armhf.so.3 libbwdclient.so libc.so.6 libcrypt.so.1 libgcc_s.so.1 libglib-2.0.so.0
-    libstdc++.so.6 libsystemd.so.0'
+DIRTY_LIMIT=3 # pages of memory that loading may make its own
 
 usage() {
     cat <<'TXT'
@@ -15,9 +10,7 @@ usage: armhf-size.sh [--check] PLUGIN [CROSS_PREFIX]
 
 Prints text, data and bss, the pages that loading writes, file and compressed size, relocations, needed
 libraries, the newest GLIBC and GLIBCXX versions required, and the plug-in's units, largest first (from the
-debug symbols beside it). With --check it fails when the sum or the pages are too many, another library is
-needed, or the hardening is not whole: stack protector, checked C calls, read-only relocations, bound at
-load, no relocation of code, no library path.
+debug symbols beside it). With --check it fails when these pages are too many.
 TXT
 }
 
@@ -28,19 +21,6 @@ dirty_pages() {
     readelf -lW "$PLUGIN" | awk '$1 == "LOAD" && / RW / { print $3, $6 }' | while read -r address size; do
         echo $(((address + size + 4095) / 4096 - address / 4096))
     done
-}
-
-# What of the hardening is missing, a line each.
-unhardened() {
-    local symbols dynamic
-    symbols=$(readelf -W --dyn-syms "$PLUGIN")
-    dynamic=$(readelf -dW "$PLUGIN")
-    grep -q ' __stack_chk_fail' <<<"$symbols" || echo 'no stack protector'
-    grep -q ' __snprintf_chk' <<<"$symbols" || echo 'no checked C calls'
-    grep -q GNU_RELRO <<<"$(readelf -lW "$PLUGIN")" || echo 'relocations stay writable'
-    grep -q BIND_NOW <<<"$dynamic" || echo 'not bound at load'
-    ! grep -q TEXTREL <<<"$dynamic" || echo 'code is relocated'
-    ! grep -qE 'R(UN)?PATH' <<<"$dynamic" || echo 'a library path'
 }
 
 needed() { readelf -dW "$PLUGIN" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'; }
@@ -65,34 +45,20 @@ units() {
 report() {
     local text data bss total
     read -r text data bss total < <(sizes)
-    printf 'text %d, data %d, bss %d: %d bytes; the device has room for %d\n' \
-        "$text" "$data" "$bss" "$total" "$LIMIT"
+    printf 'text %d, data %d, bss %d: %d bytes\n' "$text" "$data" "$bss" "$total"
     printf 'pages that loading writes: %d of %d\n' "$(dirty_pages)" "$DIRTY_LIMIT"
     printf 'file: %d bytes, compressed (xz) %d\n' "$(stat -c %s "$PLUGIN")" "$(xz -9 -c "$PLUGIN" | wc -c)"
     printf 'relocations: %d\n' "$(relocations)"
     printf 'needed: %s\n' "$(needed | sort | paste -sd ' ')"
     printf 'newest versions: %s %s\n' "$(newest GLIBC)" "$(newest GLIBCXX)"
-    printf 'hardening: %s\n' "$(unhardened | paste -sd , | sed 's/^$/whole/')"
     [ ! -e "$PLUGIN.debug" ] || { echo 'units:' && units; }
 }
 
-# complain TEXT: unless it is empty; then the check fails.
-complain() {
-    [ -n "$1" ] || return 0
-    echo "armhf-size.sh: $1" >&2
-    failed=1
-}
-
 check() {
-    local text data bss total failed=0 surplus
-    read -r text data bss total < <(sizes)
-    [ "$total" -le "$LIMIT" ] ||
-        complain "text, data and bss are $total bytes ($text + $data + $bss), $((total - LIMIT)) more than $LIMIT"
-    [ "$(dirty_pages)" -le "$DIRTY_LIMIT" ] || complain "loading writes $(dirty_pages) pages, more than $DIRTY_LIMIT"
-    surplus=$(needed | grep -vxF "$(tr -s ' \n' '\n' <<<"$LIBRARIES")" || true)
-    complain "${surplus:+a device has no library: ${surplus//$'\n'/ }}"
-    complain "$(unhardened | paste -sd ,)"
-    return "$failed"
+    [ "$(dirty_pages)" -le "$DIRTY_LIMIT" ] || {
+        echo "armhf-size.sh: loading writes $(dirty_pages) pages, more than $DIRTY_LIMIT" >&2
+        return 1
+    }
 }
 
 action=report

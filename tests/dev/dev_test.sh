@@ -46,6 +46,8 @@ for command in setup size lint help; do
     check "$command" "1 dev: $command takes no arguments: x --y" "$(dev $command x --y)"
 done
 
+check abi '1 dev: abi takes --update alone: --update x' "$(dev abi --update x)"
+
 builds
 check 'an unknown build' "1 dev: no preset armhf-sysroot; cmake --list-presets tells what there is" \
     "$(dev clean armhf-sysroot)"

@@ -128,8 +128,9 @@ check("completion of dev", sorted(set(COMMAND_LINES)), offers("dev", ""))
 PRESETS = re.findall(r'^  "(\S+)"', output("cmake", "-S", REPOSITORY, "--list-presets"), re.M)
 for words, expected in {
     ("build", ""): PRESETS, ("clean", "armhf-"): [word for word in PRESETS if word.startswith("armhf-")],
-    ("test", "--"): ["--all", "--target", "--way"], ("test", "--target", ""): ["armhf"],
-    ("package", ""): ["armhf"], ("demo", "--way", ""): ["proot", "root", "userns"], ("soak", "--"): ["--only", "--seed", "--way"],
+    ("abi", ""): ["--update"], ("test", "--"): ["--all", "--target", "--way"], ("test", "--target", ""): ["armhf"],
+    ("package", ""): ["armhf"], ("demo", "--way", ""): ["proot", "root", "userns"],
+    ("soak", "--"): ["--only", "--seed", "--way"],
     ("fuzz", "l"): [path.name for path in (REPOSITORY / "tests/fuzz/corpus").glob("l*")],
 }.items():
     check(f"completion of dev {words}", sorted(expected), offers("dev", *words))

@@ -1,5 +1,6 @@
 #include "devkit/broker/check/elf_file.h"
 
+#include "devkit/broker/check/arm_attributes.h"
 #include "devkit/broker/command.h"
 
 #include <fcntl.h>
@@ -84,7 +85,9 @@ class Reader {
     void dynamic_entry(const GElf_Dyn& entry, std::size_t strings);
     void version_needs();
     void symbols();
+    void arm_attributes(Elf_Scn* section);
     void find_version(Elf_Scn* section);
+    static std::string_view bytes_of(Elf_Scn* section);
 
     /** Refuses what ends behind the file's end. */
     void inside(GElf_Off offset, GElf_Xword size) const
@@ -111,6 +114,7 @@ class Reader {
     Descriptor file_;
     std::unique_ptr<Elf, decltype(&elf_end)> elf_;
     ElfFile result_;
+    bool float_abi_is_told_ = false; // by the header's flags
     Elf_Scn* dynamic_ = nullptr;
     Elf_Scn* symbols_ = nullptr;
     Elf_Scn* symbol_versions_ = nullptr;
@@ -134,9 +138,10 @@ void Reader::header()
     inside(header.e_shoff, std::size_t{header.e_shnum} * header.e_shentsize);
     result_.bits = gelf_getclass(elf_.get()) == ELFCLASS32 ? 32 : 64;
     result_.machine = header.e_machine;
-    // g++ 12's linker sets the flag wherever Tag_ABI_VFP_args says so: the attributes need no look.
-    result_.hard_float =
-        header.e_machine == EM_ARM && (header.e_flags & EF_ARM_ABI_FLOAT_HARD) != 0;
+    if (header.e_machine == EM_ARM) {
+        result_.hard_float = (header.e_flags & EF_ARM_ABI_FLOAT_HARD) != 0;
+        float_abi_is_told_ = result_.hard_float || (header.e_flags & EF_ARM_ABI_FLOAT_SOFT) != 0;
+    }
 }
 
 void Reader::segments()
@@ -184,6 +189,9 @@ void Reader::section(Elf_Scn* section)
     case SHT_GNU_verneed:
         version_needs_ = section;
         break;
+    case SHT_ARM_ATTRIBUTES:
+        arm_attributes(section);
+        break;
     default:
         break;
     }
@@ -198,12 +206,23 @@ void Reader::section(Elf_Scn* section)
     }
 }
 
-void Reader::find_version(Elf_Scn* section)
+std::string_view Reader::bytes_of(Elf_Scn* section)
 {
     const Elf_Data* data = whole(elf_rawdata(section, nullptr));
-    const std::string_view bytes(
-        static_cast<const char*>(data->d_buf), data->d_buf ? data->d_size : 0
-    );
+    return {static_cast<const char*>(data->d_buf), data->d_buf ? data->d_size : 0};
+}
+
+/** What tells where the header's flags do not, as with old linkers. */
+void Reader::arm_attributes(Elf_Scn* section)
+{
+    if (result_.machine == EM_ARM && !float_abi_is_told_) {
+        result_.hard_float = says_hard_float(bytes_of(section));
+    }
+}
+
+void Reader::find_version(Elf_Scn* section)
+{
+    const std::string_view bytes = bytes_of(section);
     for (std::size_t mark = bytes.find(VERSION_MARK); mark != bytes.npos;
          mark = bytes.find(VERSION_MARK, mark + 1)) {
         const auto behind = bytes.substr(mark + VERSION_MARK.size());

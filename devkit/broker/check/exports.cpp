@@ -45,28 +45,13 @@ std::string for_reader(const std::string& name)
     return text == nullptr || name.compare(0, 2, "_Z") != 0 ? name : name + " (" + text.get() + ')';
 }
 
-/** `items` as "missing: a, b and 3 more; " or nothing. */
-std::string part(const char* what, const std::vector<std::string>& items)
+/** Adds "missing: a, b and 3 more" unless there are no such names. */
+void tell(Texts& wrong, const char* what, const Texts& names)
 {
-    constexpr std::size_t SHOWN = 4;
-    std::string text;
-    for (std::size_t i = 0; i < items.size() && i < SHOWN; ++i) {
-        text += (i == 0 ? std::string(what) + ": " : ", ") + items[i];
+    constexpr std::size_t MOST_SHOWN = 4;
+    if (!names.empty()) {
+        wrong.push_back(what + joined(names, ", ", MOST_SHOWN));
     }
-    if (items.size() > SHOWN) {
-        text += " and " + std::to_string(items.size() - SHOWN) + " more";
-    }
-    return text;
-}
-
-std::string joined(const std::vector<std::string>& parts)
-{
-    std::string text;
-    for (const std::string& each : parts) {
-        text += text.empty() || each.empty() ? "" : "; ";
-        text += each;
-    }
-    return text;
 }
 
 } // namespace
@@ -75,9 +60,9 @@ Row exports_row(const ElfFile& file)
 {
     const Kinds wanted = listed();
     const Kinds actual = exported(file);
-    std::vector<std::string> missing;
-    std::vector<std::string> other_kind;
-    std::vector<std::string> surplus;
+    Texts missing;
+    Texts other_kind;
+    Texts surplus;
     for (const auto& [name, kind] : wanted) {
         const auto found = actual.find(name);
         if (found == actual.end()) {
@@ -92,9 +77,10 @@ Row exports_row(const ElfFile& file)
             surplus.push_back(for_reader(name));
         }
     }
-    const std::string wrong = joined(
-        {part("missing", missing), part("of another kind", other_kind), part("surplus", surplus)}
-    );
+    Texts wrong;
+    tell(wrong, "missing: ", missing);
+    tell(wrong, "of another kind: ", other_kind);
+    tell(wrong, "surplus: ", surplus);
     Row row = {
         "exports",
         std::to_string(wanted.size() - missing.size()) + " of " + std::to_string(wanted.size()) +
@@ -102,13 +88,11 @@ Row exports_row(const ElfFile& file)
         {}};
     if (!wrong.empty()) {
         row.finding = {
-            wrong,
+            joined(wrong, "; "),
             "the broker and its other plug-ins find these by name and use them as what they are; a "
-            "surplus "
-            "name can take the place of another library's",
+            "surplus name can take the place of another library's",
             "link with -Wl,--version-script=exports.map, and compile with the signatures of the "
-            "headers and "
-            "the C++ library's std::__cxx11::string (_GLIBCXX_USE_CXX11_ABI=1)"};
+            "headers and the C++ library's std::__cxx11::string (_GLIBCXX_USE_CXX11_ABI=1)"};
     }
     return row;
 }

@@ -23,6 +23,18 @@ std::string line(const std::string& name, const std::string& text)
 
 } // namespace
 
+std::string joined(const Texts& texts, const char* between, std::size_t most)
+{
+    std::string all;
+    for (std::size_t i = 0; i < texts.size() && i < most; ++i) {
+        all += (i == 0 ? "" : between) + texts[i];
+    }
+    if (texts.size() > most) {
+        all += " and " + std::to_string(texts.size() - most) + " more";
+    }
+    return all.empty() ? "none" : all;
+}
+
 std::size_t findings(const Report& report)
 {
     return static_cast<std::size_t>(std::count_if(

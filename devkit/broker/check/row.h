@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+using Texts = std::vector<std::string>;
+
 struct Finding {
     std::string wrong;
     std::string why;
@@ -23,6 +25,9 @@ struct Report {
     std::string profile; // empty: none fits
     std::vector<Row> rows;
 };
+
+/** The texts with `between` between them, of more than `most` the number of the rest; or "none". */
+std::string joined(const Texts& texts, const char* between = " ", std::size_t most = 12);
 
 std::size_t findings(const Report& report);
 

@@ -9,21 +9,6 @@
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
-std::string joined(const Texts& texts)
-{
-    constexpr std::size_t SHOWN = 12;
-    std::string all;
-    for (std::size_t i = 0; i < texts.size() && i < SHOWN; ++i) {
-        all += (all.empty() ? "" : " ") + texts[i];
-    }
-    if (texts.size() > SHOWN) {
-        all += " and " + std::to_string(texts.size() - SHOWN) + " more";
-    }
-    return all.empty() ? "none" : all;
-}
-
 Row row(const char* name, std::string found, bool good, Finding finding)
 {
     return {name, std::move(found), good ? std::nullopt : std::optional(std::move(finding))};
@@ -148,8 +133,7 @@ Row client_row(const ElfFile& file)
         linked && loose == Texts{"process_request_bwdclient"},
         {"libbwdclient.so is to be needed, for process_request_bwdclient and nothing else",
          "that is the one call which the device's client library has; another one, or one that no "
-         "needed "
-         "library has, is not found when the broker loads the plug-in",
+         "needed library has, is not found when the broker loads the plug-in",
          "link with -lbwdclient and -Wl,--no-undefined, and define or remove the other names"}
     );
 }
@@ -251,8 +235,7 @@ Row size_row(const ElfFile& file, const Profile& profile)
         {std::to_string(sum - budget) + " bytes over the budget",
          "the device has no more room for it",
          "build for size (the preset armhf: -Os, link-time optimisation, sections that nothing "
-         "uses removed); the "
-         "strict plug-in has a profile of its own, armhf-strict"}
+         "uses removed); the strict plug-in has a profile of its own, armhf-strict"}
     );
 }
 
@@ -275,11 +258,9 @@ Row machine_row(const ElfFile& file, const Profile& profile)
         "machine", found, found == profile.machine_name,
         {"the profile " + profile.name + " is of a " + profile.machine_name + " machine",
          "the loader refuses a library of another machine; with another float ABI numbers would be "
-         "passed in "
-         "other registers",
+         "passed in other registers",
          "build with a toolchain for " + profile.machine_name +
-             " (arm-linux-gnueabihf for a device), or choose "
-             "another --profile"}
+             " (arm-linux-gnueabihf for a device), or choose another --profile"}
     );
 }
 

@@ -160,12 +160,10 @@ Row judge(const Outcome& outcome)
         Finding{
             "the plug-in does not carry out an unknown operation as it should",
             "the broker would get the same: it loads the library, calls execute, and takes "
-            "moniker, method, body "
-            "type, code 1 and the response \"operation unknown\"",
+            "moniker, method, body type, code 1 and the response \"operation unknown\"",
             "as far as it got is told above; after \"loaded\" look at execute and at the order of "
-            "the "
-            "transaction's virtual functions (common/transaction.h), before it at what the loader "
-            "says"}};
+            "the transaction's virtual functions (common/transaction.h), before it at what the "
+            "loader says"}};
 }
 
 } // namespace
