@@ -6,6 +6,7 @@ set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 architecture=$(dpkg --print-architecture)
 first=$PWD/build/package/$architecture
+mkdir -p build/package
 work=$(mktemp -d "$PWD/build/package/try.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 die() {

@@ -50,7 +50,11 @@ compile() {
         fail "$compiler -std=$standard: $*"
 }
 for header in $for_c; do compile gcc c c11 '' "$header"; done
-for header in $all; do compile g++ c++ c++11 '' "$header"; done
+# Beside the macro each alone, too: <cstdio>, where a header includes it, takes the macro away.
+for header in $all; do
+    compile g++ c++ c++11 '' "$header"
+    compile g++ c++ c++11 "$hostile" "$header"
+done
 for before in '' "$hostile"; do
     # shellcheck disable=SC2086 # one word a header
     {
