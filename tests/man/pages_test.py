@@ -83,7 +83,7 @@ def check_commands():
     told = dict((name, len(rest.split())) for name, rest in re.findall(r"^## ([a-z]+)(.*)", section(source, "COMMANDS"), re.M))
     check("syscmd.7: operations", {names[row]: len(rest.split(",")) if rest else 0 for row, rest in rows}, told)
     for file in [*(REPOSITORY / "syscmd/commands").glob("*.cpp"), REPOSITORY / "syscmd/execute.cpp"]:
-        for call in re.findall(r"\bfail\(([^;]*)\);", file.read_text()):
+        for call in re.findall(r"\b(?:(?:fail|answer)\(|FAILED = )([^;]*);", file.read_text()):
             for text in re.findall(r'"([^"]*)"', call):
                 text += "error reading username/password/email params from request" if "UNREAD" in call else ""
                 check(f"syscmd.7: {text}", True, f'"{text}"' in source)
