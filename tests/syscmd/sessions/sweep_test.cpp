@@ -48,6 +48,7 @@ namespace {
 
 TEST_F(OnDevice, onlyRegularFilesAreRecords)
 {
+    EXPECT_EQ(CleanupObsoleteLocalSessions(nullptr), SUCCESS) << "nothing is there";
     std::filesystem::create_directory(LOCAL_SESSION_DIRECTORY);
     EXPECT_EQ(CleanupObsoleteLocalSessions(nullptr), SUCCESS);
     dirent64 entry = {};
