@@ -26,7 +26,7 @@ TEST_F(Log, statementsGoWhereTheirLevelAndLinesSay)
         {6, LogLevel::Info, "one\n", {"one"}},
         {6, LogLevel::Debug, "one\n", {}},
         {7, LogLevel::Debug, "one\ntwo\n", {"one", "two"}},
-        {7, LogLevel::Debug, "one\r\ntwo", {"one"}},
+        {7, LogLevel::Debug, "one\rtwo\r\nthree", {"one", "two"}},
         {7, LogLevel::Debug, "one\r\r\n\ntwo\n", {"one", "two"}},
         {7, LogLevel::Error, "no line end", {}},
         {7, LogLevel::Error, "\n", {""}},
@@ -57,10 +57,16 @@ TEST_F(Log, statementsGoWhereTheirLevelAndLinesSay)
 
 TEST_F(Log, aLogFileThatCannotBeOpenedIsPassedOver)
 {
-    shell("rm /var/log/shbroker.log; mkdir /var/log/shbroker.log");
-    LOG(Error, "to the journal only\n");
-    EXPECT_EQ(journalStatements().size(), 1U);
-    shell("rmdir /var/log/shbroker.log");
+    shell("rm /var/log/shbroker.log");
+    for (const char* instead : {"true", "mkdir"}) { // nothing, and what is no file
+        shell(std::string(instead) + " /var/log/shbroker.log");
+        for (MAX_LOG_LEVEL = 2; MAX_LOG_LEVEL < 4; ++MAX_LOG_LEVEL) {
+            errno = EXDEV;
+            LOG(Error, "to the journal only\n");
+            EXPECT_EQ(errno, EXDEV) << instead << MAX_LOG_LEVEL;
+            EXPECT_EQ(journalStatements().size(), MAX_LOG_LEVEL == 3 ? 1U : 0U);
+        }
+    }
 }
 
 } // namespace

@@ -1,6 +1,7 @@
-// Every function of the utility library and every password hash, with every fault in turn: each call that
+// Every function of the utility library, every password hash and the log, with every fault in turn: each call that
 // it makes is said to be made again, to show when it fails, or to do no harm.
 #include "common/hash.h"
+#include "common/log.h"
 #include "liblst/liblst.h"
 #include "tests/faults/sweep.h"
 #include "tests/liblst/support.h"
@@ -165,6 +166,8 @@ const Function FUNCTIONS[] = {
          (pClean(all), std::free(result ? nullptr : item), with(result, "")), "1 ", "0 ", "allocation"),
     TEXT(SMB_enc_passwd("password"), "8846F7EAEE8FB117AD6BDD830B7586C", "allocation"),
     CASE(, SYS_enc_passwd("secret"), text(result).substr(0, 3), "$1$", "(nu", "allocation crypt"),
+    CASE(, (logStatement(LogLevel::Error, "u.cpp", 1, "f", "%3000s\n", ""), 0), with(result, ""), "0 ", "never",
+        "(allocation) (access) (open) (localtime) (write) (close)"),
     CASE(char string[] = " a b\n";
          char** map = oldList(), edits(string, map), with(result, string + joined(map)), "1 abold value ", "never", ""),
 };

@@ -1,5 +1,8 @@
 // Every operation, in each of its variants, with every fault in turn.
 #include "common/log.h"
+#include "liblst/owned.h"
+#include "syscmd/daemon/conflicts.h"
+#include "syscmd/daemon/query_user.h"
 #include "syscmd/handler.h"
 #include "tests/faults/sweep.h"
 
@@ -8,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 
@@ -22,6 +26,50 @@ TEST_P(Operations, EveryFaultInTurn)
 
 INSTANTIATE_TEST_SUITE_P(Faults, Operations, testing::ValuesIn(variants()),
     [](const auto& variant) { return std::string(variant.param.name); });
+
+// ---- what the operations do not tell apart ---------------------------------------------------------
+
+/** What the call returns while each allocation in turn fails, and when none does. */
+std::string underEachAllocation(const std::function<int()>& call)
+{
+    std::string results;
+    int result = 0;
+    for (Fault fault = {"allocation", ENOMEM}; fault.nth == 1 || faultStruck(); ++fault.nth) {
+        prepareDevice({});
+        withFault(fault, [&] { result = call(); });
+        results += std::to_string(result) + ' ';
+    }
+    return results;
+}
+
+int query(const char* username)
+{
+    AUTO_FREE char* id = nullptr;
+    AUTO_FREE char* group = nullptr;
+    AUTO_FREE char* email = nullptr;
+    return GetUserData(&id, &group, &email, username);
+}
+
+TEST(ExhaustedMemory, IsNotTakenForSomethingElse)
+{
+    const auto calls = [] {
+        shell_is_replayed = true;
+        const std::string results[] = {
+            underEachAllocation([] { return query("zoe"); }),
+            underEachAllocation([] { return query("dave"); }), // of whom the reply has two records
+            underEachAllocation([] { return renameLocalUserIfExists("bob", "cloud"); }),
+        };
+        if (results[0] != "-1 -1 -1 -1 -1 0 " || results[1] != "-1 -1 0 0 0 0 " ||
+            results[2] != "0 0 0 0 0 -2 -2 -3 -3 -3 -3 0 0 ") {
+            found(results[0] + "; " + results[1] + "; " + results[2]);
+        }
+        const std::string last = requestFacts().back();
+        if (requestFacts().size() != 3 || !last.starts_with("did event bob ")) {
+            found("the event of what was done is not the last: " + last);
+        }
+    };
+    EXPECT_EQ(isolated(calls), "");
+}
 
 // ---- the log's clock ------------------------------------------------------------------------------
 

@@ -124,7 +124,8 @@ struct Daemon {
         if (answers.count(key) == 0) {
             moveStore(history);
             Answer answer = {carry_out(store, request), ""};
-            if (request.find("[second]") != request.npos || request.find("[stranger]") != request.npos) {
+            static const std::regex followed("\\[(second|stranger|dave)\\]");
+            if (std::regex_search(request, followed)) {
                 answer.reply.insert(answer.reply.find("\">", answer.reply.find("status=")) + 2, FIRST);
             }
             const bool changed = request.find("<xs:query") == request.npos &&

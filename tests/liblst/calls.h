@@ -2,6 +2,7 @@
 #pragma once
 
 #include <dirent.h>
+#include <poll.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -11,6 +12,8 @@ extern std::function<ssize_t(int, void*, std::size_t)> on_read;
 extern std::function<dirent64*(DIR*)> on_readdir64;
 extern std::function<void*(void*, std::size_t)> on_realloc;
 extern std::function<int(int)> on_isspace;
+extern std::function<long(int)> on_sysconf;
+extern std::function<int(pollfd*, nfds_t, int)> on_poll;
 
 extern "C" ssize_t __real_read(int fd, void* to, std::size_t size);
 extern "C" void* __real_realloc(void* old, std::size_t size);

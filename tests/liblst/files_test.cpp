@@ -12,8 +12,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <set>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -76,6 +79,15 @@ TEST(Files, LargerThanTheFirstAllocationAreReadToTheirEnd)
     EXPECT_STREQ(whole.get() + SIZE - 3, "end");
 }
 
+TEST(Files, OfASizeThatOnlyTheFileSystemBelievesAreRead)
+{
+    const TempFile file("text");
+    ASSERT_EQ(ftruncate(file.fd, off_t{1} << 45), 0);
+    const Instead ends(on_read,
+        [](int fd, void* to, std::size_t) { return __real_read(fd, to, lseek(fd, 0, SEEK_CUR) == 0 ? 4 : 0); });
+    EXPECT_EQ(text(ptGetFileContent(file.fd)), "text");
+}
+
 // Each read of such a socket takes one message and loses what it has no room for.
 TEST(Files, OfUnknownSizeAreReadInChunks)
 {
@@ -106,6 +118,33 @@ TEST(Files, AreClosedInOtherPrograms)
     EXPECT_EQ(flags, std::vector<int>(3, FD_CLOEXEC)); // two reads of a line without an end
     char* pending = nullptr;
     EXPECT_EQ(readFileRow(&pending, -1), -1);
+}
+
+TEST(Files, RefusedForNowAreWaitedFor)
+{
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends), 0);
+    std::set<std::pair<int, int>> waits; // for what, and how long
+    std::function<void()> meanwhile;
+    const Instead waited(on_poll, [&](pollfd* descriptor, nfds_t, int milliseconds) {
+        waits.emplace(descriptor->events, milliseconds);
+        meanwhile();
+        return 1;
+    });
+    std::string received = pattern(1 << 20);
+    meanwhile = [&] {
+        EXPECT_GT(read(ends[1], received.data(), received.size()), 0);
+    };
+    writeToFileFormat(ends[0], "%s", received.c_str());
+    EXPECT_EQ(waits, (std::set<std::pair<int, int>>{{POLLOUT, -1}}));
+    waits.clear();
+    meanwhile = [&] {
+        shutdown(ends[1], write(ends[1], "text", 4) == 4 ? SHUT_WR : -1);
+    };
+    EXPECT_EQ(text(ptGetFileContent(ends[0])), "text");
+    EXPECT_EQ(waits, (std::set<std::pair<int, int>>{{POLLIN, -1}}));
+    close(ends[0]);
+    close(ends[1]);
 }
 
 // Over a socket that takes and gives little at a time and refuses the rest, under signals, which would end

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <ctime>
 #include <random>
 
@@ -49,6 +50,17 @@ TEST(Strings, ReplaceAgreesWithTheCppLibrary)
         }
         EXPECT_EQ(text(ptReplaceStr(string.c_str(), search.c_str(), replace.c_str())), expected) << search;
     }
+}
+
+// Behind this text there is no memory.
+TEST(Strings, ReplaceReadsNothingBehindTheText)
+{
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    char* end = static_cast<char*>(pages) + page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    EXPECT_EQ(text(ptReplaceStr(std::strcpy(end - 5, "abab"), "b", "-")), "a-a-");
+    munmap(pages, 2 * page);
 }
 
 // What was compared in vain is not compared again from the next letter on: half a million bytes take

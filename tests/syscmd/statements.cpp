@@ -52,7 +52,10 @@ bool mayStandAt(const Row& row, int line)
 {
     const int known = lineOf(row);
     return known != 0 ? known == line : std::none_of(rows().begin(), rows().end(), [&](const Row& other) {
-        return other.unit == row.unit && lineOf(other) == line;
+        const int seen = other.unit == row.unit ? lineOf(other) : 0;
+        // What reads the same stands in the table as in the unit.
+        const bool alike = seen != 0 && other.function == row.function && other.format == row.format;
+        return seen == line || (alike && (seen < line) != (&other < &row));
     });
 }
 

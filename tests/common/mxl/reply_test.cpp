@@ -77,6 +77,13 @@ TEST(GetMXLStatus, table)
     }
 }
 
+TEST(GetMXLErrorDetail, endsWithItsElement)
+{
+    char* detail = nullptr;
+    ASSERT_EQ(GetMXLErrorDetail(&detail, "<xs:error-details><![CDATA[a]]>b]]></xs:error-details>"), SUCCESS);
+    EXPECT_STREQ(Owned(detail).get(), "a]]>b");
+}
+
 TEST(UserRecords, aMissingFieldComesFromALaterRecord)
 {
     UserRecords records = {.cursor = "<User id=\"0\"> <User id=\"1\"><User_Id>1</User_Id>"

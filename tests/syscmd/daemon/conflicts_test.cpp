@@ -17,6 +17,11 @@ TEST_F(OnDevice, renamesWithinASecondDrawTheSameDigits)
 {
     frozen_time = 1000000000;
     const std::string drawn = digits("bob");
+    const int next = rand();
+    srand(1000000000);
+    for (const char digit : drawn)
+        EXPECT_EQ(digit, "0123456789abcdef"[rand() % 16]);
+    EXPECT_EQ(rand(), next) << "more was drawn";
     EXPECT_EQ(drawn.size(), 4U);
     EXPECT_EQ(drawn, digits("carol"));
     frozen_time += 1;

@@ -3,8 +3,14 @@
 #include "tests/syscmd/on_device.h"
 
 #include <dirent.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <utime.h>
 
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 
@@ -13,8 +19,22 @@ namespace {
 using Filter = int (*)(const dirent64*);
 using Compare = int (*)(const dirent64**, const dirent64**);
 Filter filter = nullptr;
+bool pins_stay = false; // whatever is pinned is refused, and nothing is unpinned
 
 } // namespace
+
+// In the C library's place.
+int ioctl(int file, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    auto* flags = va_arg(arguments, std::uint32_t*);
+    va_end(arguments);
+    if (!pins_stay)
+        return static_cast<int>(syscall(SYS_ioctl, file, request, flags));
+    *flags = FS_IMMUTABLE_FL;
+    return request == FS_IOC_GETFLAGS ? 0 : (errno = EROFS, -1);
+}
 
 extern "C" int __real_scandirat64(int, const char*, dirent64***, Filter, Compare);
 extern "C" int __wrap_scandirat64(int, const char*, dirent64***, Filter, Compare);
@@ -28,6 +48,7 @@ namespace {
 
 TEST_F(OnDevice, onlyRegularFilesAreRecords)
 {
+    EXPECT_EQ(CleanupObsoleteLocalSessions(nullptr), SUCCESS) << "nothing is there";
     std::filesystem::create_directory(LOCAL_SESSION_DIRECTORY);
     EXPECT_EQ(CleanupObsoleteLocalSessions(nullptr), SUCCESS);
     dirent64 entry = {};
@@ -55,6 +76,21 @@ TEST_F(OnDevice, aRecordOfExactlyADayIsKept)
     CleanupObsoleteLocalSessions(nullptr);
     EXPECT_FALSE(std::filesystem::exists(path));
     expectSaid(said("CleanupObsoleteLocalSessions: REMOVE", "t", "1700000000", "1700086401"));
+}
+
+TEST_F(OnDevice, pinsThatAreRefusedTellTheReason)
+{
+    EXPECT_EQ(UpdateLocalSessionRecords("t", "bob", "00"), SUCCESS);
+    expectSaid({});
+    const std::string path = LOCAL_SESSION_DIRECTORY "/t", reason = "Read-only file system";
+    pins_stay = true;
+    EXPECT_EQ(UpdateLocalSessionRecords("t", "bob", "0"), SUCCESS);
+    EXPECT_EQ(CleanupObsoleteLocalSessions("bob"), SUCCESS);
+    pins_stay = false;
+    expectSaid({said("UpdateLocalSessionRecords: set immutable flag", path),
+        said("UpdateLocalSessionRecords: ioctl failed", path, reason),
+        said("CleanupObsoleteLocalSessions: reset immutable flag", "t"),
+        said("CleanupObsoleteLocalSessions: ioctl failed", "t", reason)});
 }
 
 } // namespace
