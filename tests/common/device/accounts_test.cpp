@@ -30,7 +30,7 @@ TEST_F(OnDevice, buffersOfLookUps)
     });
     shell("echo large:x:3000:$(seq -s ,m 2000),dave >> /etc/group");
     for (const auto& [reported, is_member] : {std::pair{0, true}, {1000, true}, {-1, false}}) {
-        const Instead told(on_sysconf, [reported](int) { return reported; });
+        const Instead told(on_sysconf, [size = reported](int) { return size; });
         EXPECT_EQ(isMember("dave", 2002, "large"), is_member) << reported;
         UserNumbers numbers = {};
         EXPECT_EQ(findUser("dave", &numbers), is_member ? SUCCESS : -1) << reported;
