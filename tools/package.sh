@@ -26,10 +26,10 @@ git ls-files -z | xargs -0 cp --parents -t "$tree"
 mv "$tree/packaging/debian" "$tree/debian"
 (cd "$tree" && dpkg-buildpackage --build=binary --unsigned-source --unsigned-changes "${options[@]}") \
     >"$folder/build.log" 2>&1 || {
-    tail -n 30 "$folder/build.log"
+    tail -n 30 "$folder/build.log" >&2
     exit 1
 }
-lintian --allow-root --fail-on error,warning "$folder/syscmd_${version}_$architecture.changes"
+lintian --allow-root --fail-on error,warning "$folder/syscmd_${version}_$architecture.changes" >&2
 SOURCE_DATE_EPOCH=$(cd "$tree" && dpkg-parsechangelog -S Timestamp) tools/sbom \
     ${SYSCMD_SYSROOT:+--admindir "$SYSCMD_SYSROOT/.dpkg"} "$folder"/*.deb >"$folder/syscmd_${version}_$architecture.spdx.json"
 rm -rf "$tree"

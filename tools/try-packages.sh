@@ -15,9 +15,9 @@ die() {
 }
 
 tools/package.sh "$architecture" >/dev/null
-TZ=Pacific/Kiritimati LANG=C tools/package.sh "$architecture" "$work/another folder" >/dev/null
+TZ=Pacific/Kiritimati LANG=C tools/package.sh "$architecture" "$work/elsewhere" >/dev/null
 for file in "$first"/*.deb "$first"/*.spdx.json; do
-    cmp "$file" "$work/another folder/${file##*/}"
+    cmp "$file" "$work/elsewhere/${file##*/}"
 done
 echo 'try-packages: the same packages from two folders'
 
