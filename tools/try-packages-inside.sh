@@ -9,7 +9,9 @@ unshare --mount --pid --fork --kill-child bash -euo pipefail -s "$root" <<'TXT'
 mount --make-rprivate /
 mount --bind "$1" "$1"
 mount -t proc proc "$1/proc"
-mountpoint -q "$1/dev" || mount --rbind /dev "$1/dev"
+for folder in dev sys; do # journald wants a control group file system
+    mount --rbind "/$folder" "$1/$folder"
+done
 exec chroot "$1" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin DEBIAN_FRONTEND=noninteractive HOME=/root \
     bash -euo pipefail -s <<'INSIDE'
 apt-get -qq install -y --no-install-recommends /packages/*.deb cmake g++ make pkg-config >/var/log/install.log 2>&1 || {

@@ -31,7 +31,7 @@ readelf -p .debug_syscmd_commit "$(find "$work/debug" -name '*.debug')" | grep -
 
 # The machine's archives, and how it reaches them.
 apt-config dump Acquire >"$work/apt.conf"
-mapfile -t archives < <(find /etc/apt/sources.list /etc/apt/sources.list.d -name '*.sources' -o -name '*.list' -size +0)
+mapfile -t archives < <(find /etc/apt -maxdepth 2 -name '*.sources' -o -name '*.list' -size +0)
 TMPDIR=$work mmdebstrap --quiet --variant=apt --aptopt="$work/apt.conf" --format=null \
     --customize-hook="tools/try-packages-inside.sh \"\$1\" '$first'" bookworm /dev/null "${archives[@]}"
 echo 'try-packages: installed and tried in a clean root'
