@@ -73,4 +73,6 @@ cmake  --parallel 77
 xargs  -P 77
 xargs  -P 77" "$(env -u JOBS ./dev lint 2>&1 | job_numbers)"
 
+# A vendor configures by a preset, with a compiler that may warn of something else.
+check 'presets that make warnings errors' '' "$(grep -e Werror -e WERROR CMakePresets.json)"
 exit $((failures > 0))
