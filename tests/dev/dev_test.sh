@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # dev_test.sh REPOSITORY: what ./dev makes of its arguments, with stand-ins for the tools that it calls.
+# shellcheck disable=SC2016 # a stand-in's text is expanded when it runs
 set -u
 repository=$1
 failures=0
@@ -15,7 +16,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work" || exit
 mkdir tools stand-ins
 cp "$repository"/{dev,CMakePresets.json} .
-cp "$repository"/tools/{lint.sh,debian-packages.txt} tools
+cp "$repository"/tools/{lint.sh,packages.sh,quietly.sh,debian-packages.txt} tools
 
 stand_in() { # NAME SHELL-TEXT
     printf '#!/bin/bash\n%s\n' "$2" >"stand-ins/$1"
@@ -34,7 +35,7 @@ PATH=$work/stand-ins:$PATH
 dev() {
     local text
     text=$(./dev "$@" 2>&1)
-    echo "$? $text"
+    echo "$? $text" | sed -E 's/ [0-9]+ (packages|s$)/ N \1/g'
 }
 builds() {
     mkdir -p build/{armhf,armhf-sysroot,bench/out,debug,release}
@@ -72,6 +73,46 @@ check 'lint without' "cmake  --parallel 77
 cmake  --parallel 77
 xargs  -P 77
 xargs  -P 77" "$(env -u JOBS ./dev lint 2>&1 | job_numbers)"
+
+# What each command installs on a machine that has nothing, and where the output of it goes.
+stand_in dpkg-query 'exit 1'
+stand_in sudo 'exec "$@"'
+stand_in apt-get '[[ $* != *install* ]] || echo "$*" >>installed; echo "apt-get output"'
+installs() { # COMMAND...: those of the asked packages that are telling
+    rm -f installed
+    ./dev "$@" >stdout 2>stderr
+    grep -oE '\b(cmake|proot|googletest|valgrind|clang|clang-tidy|g\+\+-arm-linux-gnueabihf|gcovr|lintian|mmdebstrap)( |$)' installed |
+        tr -d ' ' | LC_ALL=C sort -u | paste -sd ' '
+}
+check 'the demo installs' 'cmake proot' "$(installs demo)"
+check 'and tells' 'dev: installing N packages and what they need ... N s
+dev: building release ... N s' "$(sed -E 's/ [0-9]+ (packages|s$)/ N \1/g' stderr | head -n 2)"
+check 'and nothing of it on standard output' '' "$(grep -e apt-get -e cmake stdout)"
+check 'its log' 'apt-get output' "$(tail -n 1 build/log/install.log)"
+check 'a build installs' 'cmake proot' "$(installs build)"
+check 'the tests install' 'cmake googletest proot valgrind' "$(installs build debug)"
+check 'ARM installs' 'cmake g++-arm-linux-gnueabihf googletest proot valgrind' "$(stand_in armhf-sysroot.sh true; mv stand-ins/armhf-sysroot.sh tools; installs build armhf)"
+check 'lint installs' 'clang clang-tidy cmake googletest proot valgrind' "$(installs lint)"
+check 'coverage installs' 'cmake gcovr googletest proot valgrind' "$(installs build coverage)"
+check 'setup installs' 'clang clang-tidy cmake g++-arm-linux-gnueabihf gcovr googletest lintian mmdebstrap proot valgrind' "$(installs setup)"
+check 'an unknown build' '1 dev: no preset fast; cmake --list-presets tells what there is' "$(dev build fast)"
+
+# What a failure quotes, and its status.
+stand_in apt-get 'echo first; echo "E: Unable to locate package proot"; echo last; exit 100'
+check 'nothing to install from' '100 dev: installing N packages and what they need ... failed
+    E: Unable to locate package proot
+    last
+dev: installing N packages and what they need failed; all of its output is in build/log/install.log' "$(dev demo)"
+stand_in dpkg-query 'printf installed'
+stand_in cmake '[[ $1 != --build ]] || { seq 100; exit 3; }'
+check 'a build that does not tell why' "3 dev: building release ... failed
+$(seq -f '    %g' 71 100)
+dev: building release failed; all of its output is in build/log/build-release.log" "$(dev build)"
+stand_in cmake '[[ $1 != --build ]] || { echo "[1/9] one"; echo "FAILED: b.o"; seq 100; exit 1; }'
+check 'a build that tells' "1 dev: building release ... failed
+    FAILED: b.o
+$(seq -f '    %g' 29)
+dev: building release failed; all of its output is in build/log/build-release.log" "$(dev build)"
 
 # A vendor configures by a preset, with a compiler that may warn of something else.
 check 'presets that make warnings errors' '' "$(grep -e Werror -e WERROR CMakePresets.json)"
