@@ -9,7 +9,7 @@ install(DIRECTORY devkit/device/lib devkit/device/life
     DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 install(DIRECTORY devkit/device/files
     DESTINATION ${SYSCMD_DESK_DIR} USE_SOURCE_PERMISSIONS COMPONENT desk)
-install(FILES devkit/device/seed.json DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
+install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 
 # The plug-in finds the client library by the path of the program that loads it.
 set_target_properties(broker plugin-trial PROPERTIES INSTALL_RPATH $ORIGIN)
@@ -30,6 +30,5 @@ endfunction()
 install_link(${CMAKE_INSTALL_BINDIR} broker ${programs}/broker)
 install_link(${CMAKE_INSTALL_BINDIR} device ${SYSCMD_DESK_DIR}/device)
 install_link(${CMAKE_INSTALL_BINDIR} device-demo ${SYSCMD_DESK_DIR}/demo)
-install_link(${CMAKE_INSTALL_MANDIR}/man1 device-demo.1 ${CMAKE_INSTALL_MANDIR}/man1/device.1)
 install_link(${CMAKE_INSTALL_SBINDIR} boxwelld ${programs}/boxwelld)
 install_link(${programs} libsyscmd.so ${SYSCMD_PLUGIN_DIR}/libsyscmd.so)

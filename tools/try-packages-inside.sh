@@ -27,6 +27,6 @@ echo 'colour = blue' >conf
 device --quiet -- broker run whoami --as alice:secret --plugin built/libwhoami.so |
     grep -F 'CODE_SUCCEED, "owner of a device of alice"'
 broker check "$(find /usr/lib -path '*/syscmd/libsyscmd.so')"
-device-demo | tail -n 1 | grep -Fx 'demo: all went as it should'
+device-demo --full | tail -n 1 | grep -Fx 'demo: all went as it should'
 INSIDE
 TXT

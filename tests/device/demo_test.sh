@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # demo_test.sh DEMO BUILD: the demo is to be read, and what it shows can be typed.
-# shellcheck disable=SC2317 # called by name
+# shellcheck disable=SC2016,SC2317 # compared as they are; called by name
 set -u
 demo=$1 build=$2
 launcher=$(dirname "$demo")/device
@@ -27,7 +27,16 @@ check 'an option without its argument' '2 demo: --way needs an argument' \
     "$(text=$("$demo" --way 2>&1); echo "$? $text")"
 check 'an unknown argument' '2 demo: unknown argument fast' "$(text=$("$demo" fast 2>&1); echo "$? $text")"
 
-"$demo" --build "$build" >plain 2>&1
+"$demo" --build "$build" >short 2>&1
+check 'status of the short one' 0 $?
+check 'its last line' 'demo: all went as it should' "$(tail -n 1 short)"
+check 'its width' '' "$(too_wide 80 short)"
+check 'its commands' 'getent passwd alice bob
+hash=$(broker hash "first password"); echo $hash
+broker run adduser zoe $hash zoe@example.com --as alice' "$(commands short)"
+check 'it fits two screens' yes "$([ "$(wc -l <short)" -le 80 ] && echo yes)"
+
+"$demo" --full --build "$build" >plain 2>&1
 check 'its status' 0 $?
 check 'its last line' 'demo: all went as it should' "$(tail -n 1 plain)"
 check 'its width' '' "$(too_wide 80 plain)"
@@ -43,8 +52,8 @@ check 'commands that cannot be typed' '' "$("$launcher" --quiet --build "$build"
 way=userns
 works $way || way=proot
 if works $way; then
-    script -qec "stty cols 120; $demo --build $build --way $way --full" /dev/null | tr -d '\r' >full
-    check 'the status of the full one' 0 "${PIPESTATUS[0]}"
+    script -qec "stty cols 120; $demo --build $build --way $way --full --whole" /dev/null | tr -d '\r' >full
+    check 'the status of the whole one' 0 "${PIPESTATUS[0]}"
     check 'its width on a terminal' ' some over 80' "$(too_wide 120 full) $([ -n "$(too_wide 80 full)" ] && echo some over 80)"
     check 'whole transactions' "$(grep -c '^    --- ' full)" "$(grep -c '^    </xs:mxl>' full | awk '{ print $1 / 2 }')"
     check 'whole entries' '' "$(grep '\.\.\.$' full)"

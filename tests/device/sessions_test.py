@@ -3,7 +3,7 @@
 
 A session is a fenced block that begins with "$ ". It runs in one shell, on a fresh device, in a folder
 of its own; a block whose fence says "text NAME" is a file there. A session with a line "…" leaves
-something out: its parts stand, in this order, in what the demo tells.
+something out: its parts stand, in this order, in what the full demo tells.
 """
 import difflib
 import functools

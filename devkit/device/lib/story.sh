@@ -5,7 +5,9 @@ SESSIONS=/opt/skyhold/etc/local_sessions
 OWNER_FILE=/opt/skyhold/etc/registration.conf
 # Of a journal entry, in characters.
 LONGEST_ENTRY=200
-failures=0
+# What was not as expected, a sentence each, with the command line before it.
+failures=()
+last_command=
 # Of the last step, as shown:
 transactions=
 journal=
@@ -49,6 +51,7 @@ wrap() {
 
 # run COMMAND-LINE: shows it, then what it prints.
 run() {
+    last_command=$1
     printf '\n$ %s\n' "$1"
     { eval "$1" 2>&1 || true; } | indent
 }
@@ -63,8 +66,8 @@ hash_of() {
 # expect WHAT EXPECTED ACTUAL
 expect() {
     [ "$2" != "$3" ] || return 0
-    failures=$((failures + 1))
-    printf 'demo: expected %s to be "%s", but it is "%s"\n' "$1" "$2" "$3"
+    failures+=("behind \"$last_command\", $1 should be \"$2\", but it is \"$3\"")
+    printf '  !! %s\n' "${failures[-1]}"
 }
 
 # expect_account NAME WHAT: "GROUP locked|unlocked E-MAIL" as the daemon has it, empty for none, and
@@ -90,6 +93,7 @@ expect_text() {
 # what it came to: transactions, changes of the device, journal.
 ask() {
     local before=$device first answer entries
+    last_command="broker run $1"
     first=$(($(wc -l </var/lib/boxwelld/transcript.jsonl) + 1))
     printf '\n$ broker run %s\n' "$1"
     answer=$(eval "broker run $1 --log-level 7") || true
@@ -114,7 +118,7 @@ show() {
 # Of a transaction: the request behind a >, the reply behind a <, without the envelope and the tags
 # that every one of its kind has.
 what_matters() {
-    [ "$DEMO_FULL" = no ] || exec cat
+    [ "$DEMO_WHOLE" = no ] || exec cat
     awk '
         function flush(mark) { if (text != "") print mark text; text = "" }
         /^--- /   { flush("<"); reply = 0; next }
@@ -126,7 +130,7 @@ what_matters() {
 
 # The beginning of a long entry.
 shorten() {
-    [ "$DEMO_FULL" = no ] || exec cat
+    [ "$DEMO_WHOLE" = no ] || exec cat
     awk -v most="$LONGEST_ENTRY" 'length > most { $0 = substr($0, 1, most) "..." } { print }'
 }
 
@@ -185,8 +189,9 @@ read_journal() {
 
 # The line by which the demo tells and its caller's exit status learns how it went.
 the_end() {
-    if [ "$failures" -ne 0 ]; then
-        printf '\ndemo: %d things are not as expected\n' "$failures"
+    if [ ${#failures[@]} -ne 0 ]; then
+        printf '\ndemo: %d things are not as they should be:\n' ${#failures[@]}
+        printf '  %s\n' "${failures[@]}"
         exit 1
     fi
     printf '\ndemo: all went as it should\n'
