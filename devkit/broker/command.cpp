@@ -105,6 +105,17 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
     return script;
 }
 
+StateOptions parse_state(const std::vector<std::string>& words)
+{
+    StateOptions options;
+    CLI::App app;
+    app.add_flag("--json", options.json);
+    if (const auto rest = parse(app, words); !rest.empty()) {
+        throw BadUse("expected nothing but --json, not " + rest.front());
+    }
+    return options;
+}
+
 CheckOptions parse_check(const std::vector<std::string>& words)
 {
     CheckOptions options;

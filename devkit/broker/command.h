@@ -51,6 +51,18 @@ struct ScriptLine {
  */
 std::vector<ScriptLine> parse_script(const std::string& text, const std::string& name);
 
+/** What `broker state` is asked. */
+struct StateOptions {
+    bool json = false;
+};
+
+/**
+ * Reads [--json].
+ *
+ * @throws BadUse
+ */
+StateOptions parse_state(const std::vector<std::string>& words);
+
 /** What `broker check` is asked. */
 struct CheckOptions {
     std::string library;

@@ -1,6 +1,8 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
 #include "devkit/broker/report.h"
+#include "devkit/broker/state/show.h"
+#include "devkit/broker/terminal.h"
 #include "devkit/on_device.h"
 
 #include <algorithm>
@@ -20,19 +22,22 @@ constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json]
        broker script FILE|- [--plugin PATH] [--json]
        broker hash PASSWORD [--plugin PATH]
+       broker state [--json]
        broker check LIBRARY [--json] [--profile NAME]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 hash    prints a password's hash pair as the operations take it
+state   shows the device's state: owner, accounts of daemon and system beside each other, remote users, sessions,
+        and what of it does not agree
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
 
 A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
-Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY and nothing is found, 1 when not, 2 for bad
-use.
+Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found and everything agrees, 1 when
+not, 2 for bad use.
 )";
 
 using Words = std::vector<std::string>;
@@ -123,6 +128,21 @@ int hash(const Words& words)
     return EXIT_CARRIED_OUT;
 }
 
+int state(const Words& words)
+{
+    const bool json = parse_state(words).json;
+    if (!on_device()) {
+        throw BadUse("this is no device: devkit/device/device starts one");
+    }
+    const DeviceState device = read_device_state();
+    const Overview overview = overview_of(device);
+    print(
+        json ? text_of(as_json(device, overview))
+             : for_people(device, overview, terminal_width(), colours_wanted())
+    );
+    return exit_status(all_agrees(overview));
+}
+
 int check(const Words& words)
 {
     const CheckOptions options = parse_check(words);
@@ -153,6 +173,9 @@ int dispatch(const std::string& command, const Words& words)
     }
     if (command == "hash") {
         return hash(words);
+    }
+    if (command == "state") {
+        return state(words);
     }
     if (command == "check") {
         return check(words);
