@@ -12,9 +12,9 @@ install(DIRECTORY devkit/device/files
 install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 
 # The plug-in finds the client library by the path of the program that loads it.
-set_target_properties(broker plugin-trial PROPERTIES INSTALL_RPATH $ORIGIN)
+set_target_properties(broker plugin-trial bwdrecord PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS broker boxwelld device-keeper plugin-trial RUNTIME DESTINATION ${programs} COMPONENT desk)
-install(TARGETS proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
+install(TARGETS bwdrecord proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
 if(NOT BWDCLIENT_LIBRARY)
     install(TARGETS bwdclient LIBRARY DESTINATION ${programs} COMPONENT desk)
 endif()

@@ -17,15 +17,15 @@ _broker_words() {
             mapfile -t COMPREPLY < <(compgen -W 'armhf armhf-strict desk' -- "$word")
             return
             ;;
-        --plugin)
+        --plugin | --record)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
         --as) return ;;
     esac
     case ${COMP_WORDS[1]} in
-        run) options='--as --log-level --plugin --json --help' ;;
-        script) options='--plugin --json --help' ;;
+        run) options='--as --log-level --plugin --record --json --help' ;;
+        script) options='--plugin --record --json --help' ;;
         hash) options='--plugin --help' ;;
         state) options='--json --help' ;;
         check) options='--json --profile --help' ;;

@@ -63,6 +63,7 @@ Options parse_options(const std::vector<std::string>& words)
     app.add_option("--as", options.command.credentials);
     app.add_option("--log-level", options.command.log_level)->check(CLI::Range(0, 7));
     app.add_option("--plugin", options.plugin);
+    app.add_option("--record", options.record);
     app.add_flag("--json", options.json);
     options.command.words = parse(app, words);
     auto& credentials = options.command.credentials;
@@ -94,8 +95,8 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
                 continue;
             }
             const Options options = parse_run(words);
-            if (options.json || !options.plugin.empty()) {
-                throw BadUse("--json and --plugin are the whole script's");
+            if (options.json || !options.plugin.empty() || !options.record.empty()) {
+                throw BadUse("--json, --plugin and --record are the whole script's");
             }
             script.push_back({line, options.command});
         } catch (const BadUse& bad) {

@@ -22,12 +22,13 @@ class BadUse : public std::runtime_error {
 struct Options {
     Command command;
     std::string plugin; // empty: the one beside the broker
+    std::string record; // empty: nothing is recorded
     bool json = false;
 };
 
 /**
- * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json], the options
- * anywhere before a lone "--".
+ * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json],
+ * the options anywhere before a lone "--".
  *
  * @throws BadUse
  */

@@ -1,5 +1,6 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
+#include "devkit/broker/record/recorder.h"
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
 #include "devkit/broker/terminal.h"
@@ -19,8 +20,8 @@ constexpr int EXIT_NOT_CARRIED_OUT = 1;
 constexpr int EXIT_BAD_USE = 2;
 
 constexpr const char* USAGE =
-    R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json]
-       broker script FILE|- [--plugin PATH] [--json]
+    R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json]
+       broker script FILE|- [--plugin PATH] [--record FILE] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker state [--json]
        broker check LIBRARY [--json] [--profile NAME]
@@ -33,7 +34,8 @@ state   shows the device's state: owner, accounts of daemon and system beside ea
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
 
-A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
+A lone -- ends the options. --record adds each command, the transactions that it led to, what the plug-in
+said and what changed to FILE (docs/formats-recording.md). PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
 Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found and everything agrees, 1 when
@@ -53,19 +55,34 @@ int exit_status(bool all_carried_out)
     return all_carried_out ? EXIT_CARRIED_OUT : EXIT_NOT_CARRIED_OUT;
 }
 
-/** The plug-in for commands. */
-Plugin load(const Options& options)
-{
-    if (options.plugin.empty() && !on_device()) {
-        throw BadUse(no_device("--plugin"));
+/** The plug-in for commands, which are recorded where that is wanted. */
+class Carrier {
+  public:
+    explicit Carrier(const Options& options)
+    {
+        if (options.plugin.empty() && !on_device()) {
+            throw BadUse(no_device("--plugin"));
+        }
+        if (!options.record.empty()) {
+            recorder_.emplace(options.record);
+        }
+        plugin_.emplace(options.plugin);
     }
-    return Plugin(options.plugin);
-}
+
+    Answer run(const Command& command)
+    {
+        return recorder_ ? recorder_->run(*plugin_, command) : plugin_->run(command);
+    }
+
+  private:
+    std::optional<Recorder> recorder_;
+    std::optional<Plugin> plugin_;
+};
 
 int run(const Words& words)
 {
     const Options options = parse_run(words);
-    const Answer answer = load(options).run(options.command);
+    const Answer answer = Carrier(options).run(options.command);
     print(options.json ? text_of(as_json(options.command, answer)) : for_people(answer));
     return exit_status(carried_out(answer));
 }
@@ -102,11 +119,11 @@ int script(const Words& words)
     const std::string path = only_argument(options, "file");
     const std::string name = path == "-" ? "standard input" : path;
     const auto lines = parse_script(read_all(path, name), name);
-    const Plugin plugin = load(options);
+    Carrier carrier(options);
     auto answers = nlohmann::ordered_json::array();
     bool all_carried_out = true;
     for (const ScriptLine& line : lines) {
-        const Answer answer = plugin.run(line.command);
+        const Answer answer = carrier.run(line.command);
         all_carried_out = all_carried_out && carried_out(answer);
         if (options.json) {
             answers.push_back(as_json(line.command, answer));
@@ -124,6 +141,9 @@ int hash(const Words& words)
 {
     const Options options = parse_options(words);
     const std::string password = only_argument(options, "password");
+    if (!options.record.empty()) {
+        throw BadUse("hash takes no --record: it makes no command");
+    }
     print(Plugin(options.plugin).hash_pair(password) + '\n');
     return EXIT_CARRIED_OUT;
 }

@@ -19,15 +19,6 @@ constexpr struct {
     {CODE_UNDEFINED, "CODE_UNDEFINED"},
 };
 
-std::string joined(const std::vector<std::string>& lines)
-{
-    std::string text;
-    for (const std::string& line : lines) {
-        text += (text.empty() ? "" : "\n") + line;
-    }
-    return text;
-}
-
 } // namespace
 
 std::string code_name(TTransactionCode code)
@@ -36,6 +27,15 @@ std::string code_name(TTransactionCode code)
         return entry.code == code;
     });
     return found != std::end(CODES) ? found->name : "code " + std::to_string(code);
+}
+
+std::optional<std::string> response_of(const Answer& answer)
+{
+    std::optional<std::string> text;
+    for (const std::string& line : answer.responses) {
+        text = text ? *text + '\n' + line : line;
+    }
+    return text;
 }
 
 bool carried_out(const Answer& answer)
@@ -47,20 +47,21 @@ std::string for_people(const Answer& answer)
 {
     char time[32];
     std::snprintf(time, sizeof time, "%.1f ms", answer.milliseconds);
-    const std::string response =
-        answer.responses.empty() ? "no response" : '"' + joined(answer.responses) + '"';
-    return code_name(answer.code) + ", " + response + ", " + time + '\n';
+    const std::optional<std::string> response = response_of(answer);
+    return code_name(answer.code) + ", " + (response ? '"' + *response + '"' : "no response") +
+           ", " + time + '\n';
 }
 
 Json as_json(const Command& command, const Answer& answer)
 {
     const auto& as = command.credentials;
+    const std::optional<std::string> response = response_of(answer);
     return {
         {"operation", command.words.front()},
         {"parameters", std::vector(command.words.begin() + 1, command.words.end())},
         {"as", as ? Json(as->substr(0, as->find(':'))) : Json()},
         {"code", code_name(answer.code)},
-        {"response", answer.responses.empty() ? Json() : Json(joined(answer.responses))},
+        {"response", response ? Json(*response) : Json()},
         {"milliseconds", answer.milliseconds},
     };
 }

@@ -4,10 +4,14 @@
 #include "devkit/broker/plugin.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 
 /** The result code by its name; "code N" for a number without one. */
 std::string code_name(TTransactionCode code);
+
+/** The response text, its parameters a line each; nothing: there was none. */
+std::optional<std::string> response_of(const Answer& answer);
 
 /** Whether the broker counts the command as carried out. */
 bool carried_out(const Answer& answer);

@@ -1,0 +1,11 @@
+/** The device's state as a recording tells it: what an operation may change. */
+#pragma once
+
+#include "devkit/recording/facts.h"
+
+/**
+ * Reads the state of the private device on which this runs: the daemon's accounts, remote users and
+ * owner, lines of passwd, owner file, upgrade flag, sessions and events. What cannot be read is not
+ * among the facts.
+ */
+Facts device_state();
