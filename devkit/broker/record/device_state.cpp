@@ -1,57 +1,20 @@
 #include "devkit/broker/record/device_state.h"
 
-#include "common/device/owner_file.h"
-#include "common/device/upgrade_flag.h"
+#include "devkit/broker/device.h"
 #include "devkit/recording/characters.h"
-#include "syscmd/sessions/inode_flags.h"
-#include "syscmd/sessions/record.h"
 
-#include <fcntl.h>
-#include <glib.h>
-#include <pwd.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <memory>
 
-namespace fs = std::filesystem;
 using nlohmann::json;
 
 namespace {
 
 constexpr char EVENTS[] = "/var/lib/device/events.jsonl";
-constexpr time_t SESSION_SECONDS = 86400;
-constexpr uid_t FIRST_ACCOUNT = 1001;
-constexpr uid_t NOBODY = 65534;
-
-std::string content_of(const std::string& path)
-{
-    std::ifstream file(path);
-    return as_characters({std::istreambuf_iterator<char>(file), {}});
-}
-
-/** What `boxwelld show --json` prints; null when there is no daemon's state. */
-json daemon_state()
-{
-    const char* arguments[] = {"boxwelld", "show", "--json", nullptr};
-    char* output = nullptr;
-    const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDERR_TO_DEV_NULL);
-    const gboolean done = g_spawn_sync(
-        nullptr, const_cast<char**>(arguments), nullptr, flags, nullptr, nullptr, &output, nullptr,
-        nullptr, nullptr
-    );
-    const std::unique_ptr<char, decltype(&g_free)> owner(output, g_free);
-    const json state = json::parse(done == FALSE ? "" : output, nullptr, false);
-    return state.is_object() ? state : json();
-}
 
 void add_daemon(Facts& facts)
 {
-    const json state = daemon_state();
+    const json state = device::daemon_state();
     if (state.is_null()) {
         return;
     }
@@ -71,43 +34,22 @@ void add_daemon(Facts& facts)
 
 void add_passwd(Facts& facts)
 {
-    setpwent();
-    while (const passwd* entry = getpwent()) {
-        if (entry->pw_uid >= FIRST_ACCOUNT && entry->pw_uid < NOBODY) {
-            facts[{"passwd", as_characters(entry->pw_name)}] = as_characters(
-                std::to_string(entry->pw_uid) + ':' + std::to_string(entry->pw_gid) + ':' +
-                entry->pw_dir + ':' + entry->pw_shell
-            );
-        }
+    for (const device::Person& person : device::people()) {
+        facts[{"passwd", as_characters(person.name)}] = as_characters(
+            std::to_string(person.id) + ':' + std::to_string(person.group) + ':' + person.home +
+            ':' + person.shell
+        );
     }
-    endpwent();
-}
-
-bool is_pinned(const std::string& path)
-{
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    std::uint32_t flags = 0;
-    getInodeFlags(fd, &flags);
-    if (fd >= 0) {
-        close(fd);
-    }
-    return (flags & FS_IMMUTABLE_FL) != 0;
 }
 
 void add_sessions(Facts& facts)
 {
-    std::error_code none;
-    for (const auto& entry : fs::directory_iterator(LOCAL_SESSION_DIRECTORY, none)) {
-        const std::string path = entry.path();
-        struct stat status = {};
-        if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-            continue;
-        }
-        facts[{"session", as_characters(entry.path().filename())}] = {
-            {"user", content_of(path)},
-            {"mode", std::to_string(status.st_mode & 0777U)},
-            {"pinned", is_pinned(path)},
-            {"expired", time(nullptr) - status.st_mtime > SESSION_SECONDS},
+    for (const device::Session& session : device::sessions()) {
+        facts[{"session", as_characters(session.token)}] = {
+            {"user", as_characters(session.user)},
+            {"mode", std::to_string(session.mode)},
+            {"pinned", session.pinned},
+            {"expired", session.age > device::SESSION_SECONDS},
         };
     }
 }
@@ -133,10 +75,10 @@ Facts device_state()
     add_passwd(facts);
     add_sessions(facts);
     add_events(facts);
-    if (fs::exists(OWNER_FILE)) {
-        facts[{"owner file", ""}] = content_of(OWNER_FILE);
+    if (const auto owner_file = device::text_of(device::OWNER_FILE)) {
+        facts[{"owner file", ""}] = as_characters(*owner_file);
     }
-    if (fs::exists(SSO_UPGRADE_FLAG)) {
+    if (std::filesystem::exists(device::UPGRADE_FLAG)) {
         facts[{"flag", ".sso_upgraded"}] = true;
     }
     return facts;

@@ -1,5 +1,6 @@
 #include "devkit/broker/state/show.h"
 
+#include "devkit/broker/device.h"
 #include "devkit/broker/table.h"
 
 namespace {
@@ -12,7 +13,7 @@ constexpr std::int64_t DAY = 24 * HOUR;
 
 bool expired(const SessionRecord& session)
 {
-    return session.age > DAY;
+    return session.age > device::SESSION_SECONDS;
 }
 
 /** In its two largest units. */
