@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 namespace {
 
@@ -139,26 +140,30 @@ bool asks_for_help(const Words& words)
     );
 }
 
-int dispatch(const std::string& command, const Words& words)
+/** What the broker can be asked, by name; USAGE tells what it is. */
+constexpr struct {
+    std::string_view name;
+    int (*carry_out)(const Words& words);
+} COMMANDS[] = {
+    {"run", run},
+    {"script", script},
+    {"hash", hash},
+    {"check", check},
+};
+
+int dispatch(const std::string& name, const Words& words)
 {
-    if (asks_for_help({command}) || asks_for_help(words)) {
+    if (asks_for_help({name}) || asks_for_help(words)) {
         print(USAGE);
-        return 0;
+        return EXIT_CARRIED_OUT;
     }
-    if (command == "run") {
-        return run(words);
-    }
-    if (command == "script") {
-        return script(words);
-    }
-    if (command == "hash") {
-        return hash(words);
-    }
-    if (command == "check") {
-        return check(words);
+    for (const auto& command : COMMANDS) {
+        if (command.name == name) {
+            return command.carry_out(words);
+        }
     }
     throw BadUse(
-        (command.empty() ? "which command?" : "unknown command " + command) + " (see broker --help)"
+        (name.empty() ? "which command?" : "unknown command " + name) + " (see broker --help)"
     );
 }
 
