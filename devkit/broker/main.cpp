@@ -1,5 +1,6 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
+#include "devkit/broker/explain/explain.h"
 #include "devkit/broker/report.h"
 #include "devkit/on_device.h"
 
@@ -22,18 +23,21 @@ constexpr const char* USAGE =
        broker script FILE|- [--plugin PATH] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker check LIBRARY [--json] [--profile NAME]
+       broker explain [FILE|-] [--follow] [--json]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 hash    prints a password's hash pair as the operations take it
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
+explain tells what a log says of each command, and what to do about it: /var/log/shbroker.log, or FILE, which
+        may hold what journalctl prints (text or JSON); with --follow on and on, as the log grows
 
 A lone -- ends the options. PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
-Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY and nothing is found, 1 when not, 2 for bad
-use.
+Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY and nothing is found, 1 when not (explain: when
+there is no statement to explain), 2 for bad use.
 )";
 
 using Words = std::vector<std::string>;
@@ -132,6 +136,11 @@ int check(const Words& words)
     return exit_status(findings(report) == 0);
 }
 
+int explain(const Words& words)
+{
+    return exit_status(explain_log(parse_explain(words)));
+}
+
 bool asks_for_help(const Words& words)
 {
     return std::any_of(
@@ -145,10 +154,7 @@ constexpr struct {
     std::string_view name;
     int (*carry_out)(const Words& words);
 } COMMANDS[] = {
-    {"run", run},
-    {"script", script},
-    {"hash", hash},
-    {"check", check},
+    {"run", run}, {"script", script}, {"hash", hash}, {"check", check}, {"explain", explain},
 };
 
 int dispatch(const std::string& name, const Words& words)
