@@ -5,7 +5,7 @@ _broker_words() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'run script hash state check' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'run script hash state check explain' -- "$word")
         return
     fi
     case $before in
@@ -29,11 +29,12 @@ _broker_words() {
         hash) options='--plugin --help' ;;
         state) options='--json --help' ;;
         check) options='--json --profile --help' ;;
+        explain) options='--follow --json --help' ;;
         *) return ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
-    elif [[ ${COMP_WORDS[1]} == @(script|check) ]]; then
+    elif [[ ${COMP_WORDS[1]} == @(script|check|explain) ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$COMP_CWORD" -eq 2 ] && [ "${COMP_WORDS[1]}" = run ]; then
         mapfile -t COMPREPLY < <(compgen -W 'adduser addremoteuser deleteuser updateuser upgradeusertosso

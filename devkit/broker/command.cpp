@@ -130,3 +130,17 @@ CheckOptions parse_check(const std::vector<std::string>& words)
     options.library = rest.front();
     return options;
 }
+
+ExplainOptions parse_explain(const std::vector<std::string>& words)
+{
+    ExplainOptions options;
+    CLI::App app;
+    app.add_flag("--follow", options.follow);
+    app.add_flag("--json", options.json);
+    const auto rest = parse(app, words);
+    if (rest.size() > 1) {
+        throw BadUse("expected one log and nothing else");
+    }
+    options.log = rest.empty() ? options.log : rest.front();
+    return options;
+}

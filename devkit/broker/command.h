@@ -77,3 +77,17 @@ struct CheckOptions {
  * @throws BadUse
  */
 CheckOptions parse_check(const std::vector<std::string>& words);
+
+/** What `broker explain` is asked. */
+struct ExplainOptions {
+    std::string log = "/var/log/shbroker.log"; // "-": standard input
+    bool follow = false;
+    bool json = false;
+};
+
+/**
+ * Reads [FILE|-] [--follow] [--json].
+ *
+ * @throws BadUse
+ */
+ExplainOptions parse_explain(const std::vector<std::string>& words);

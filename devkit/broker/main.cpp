@@ -1,5 +1,6 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
+#include "devkit/broker/explain/explain.h"
 #include "devkit/broker/record/recorder.h"
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 namespace {
 
@@ -25,6 +27,7 @@ constexpr const char* USAGE =
        broker hash PASSWORD [--plugin PATH]
        broker state [--json]
        broker check LIBRARY [--json] [--profile NAME]
+       broker explain [FILE|-] [--follow] [--json]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
@@ -33,13 +36,15 @@ state   shows the device's state: owner, accounts of daemon and system beside ea
         and what of it does not agree
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
+explain tells what a log says of each command, and what to do about it: /var/log/shbroker.log, or FILE, which
+        may hold what journalctl prints (text or JSON); with --follow on and on, as the log grows
 
 A lone -- ends the options. --record adds each command, the transactions that it led to, what the plug-in
 said and what changed to FILE (docs/formats-recording.md). PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
 Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found and everything agrees, 1 when
-not, 2 for bad use.
+not (explain: when there is no statement to explain), 2 for bad use.
 )";
 
 using Words = std::vector<std::string>;
@@ -171,6 +176,11 @@ int check(const Words& words)
     return exit_status(findings(report) == 0);
 }
 
+int explain(const Words& words)
+{
+    return exit_status(explain_log(parse_explain(words)));
+}
+
 bool asks_for_help(const Words& words)
 {
     return std::any_of(
@@ -179,29 +189,28 @@ bool asks_for_help(const Words& words)
     );
 }
 
-int dispatch(const std::string& command, const Words& words)
+/** What the broker can be asked, by name; USAGE tells what it is. */
+constexpr struct {
+    std::string_view name;
+    int (*carry_out)(const Words& words);
+} COMMANDS[] = {
+    {"run", run},     {"script", script}, {"hash", hash},
+    {"state", state}, {"check", check},   {"explain", explain},
+};
+
+int dispatch(const std::string& name, const Words& words)
 {
-    if (asks_for_help({command}) || asks_for_help(words)) {
+    if (asks_for_help({name}) || asks_for_help(words)) {
         print(USAGE);
-        return 0;
+        return EXIT_CARRIED_OUT;
     }
-    if (command == "run") {
-        return run(words);
-    }
-    if (command == "script") {
-        return script(words);
-    }
-    if (command == "hash") {
-        return hash(words);
-    }
-    if (command == "state") {
-        return state(words);
-    }
-    if (command == "check") {
-        return check(words);
+    for (const auto& command : COMMANDS) {
+        if (command.name == name) {
+            return command.carry_out(words);
+        }
     }
     throw BadUse(
-        (command.empty() ? "which command?" : "unknown command " + command) + " (see broker --help)"
+        (name.empty() ? "which command?" : "unknown command " + name) + " (see broker --help)"
     );
 }
 

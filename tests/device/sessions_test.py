@@ -20,7 +20,8 @@ BLOCK = re.compile(r"^```(.*)\n((?s:.*?))^```$", re.MULTILINE)
 VARYING = [
     (r"\b\d+\.\d+ ms\b", "N ms"),
     (r'("milliseconds": )[\d.]+', r"\1N"),
-    (r"\b(\w+\.cpp):\d{1,3}:", r"\1:LINE:"),  # the statement's own source line
+    (r"\b(\w+\.cpp):\d{1,3}([:\]])", r"\1:LINE\2"),  # the statement's own source line
+    (r"[A-Z][a-z]{2} [ \d]\d \d{4} \d\d:\d\d:\d\d", "TIME"),
     (r"\$1\$[./\w]+\$[./\w]{22}", "$1$SALT$HASH"),
     (r"\b[+/\w]{60,}=*", "HASH-PAIR"),  # Base64
 ]
