@@ -5,7 +5,7 @@ _broker_words() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'run script hash state check explain' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'run script hash state check explain story' -- "$word")
         return
     fi
     case $before in
@@ -17,7 +17,7 @@ _broker_words() {
             mapfile -t COMPREPLY < <(compgen -W 'armhf armhf-strict desk' -- "$word")
             return
             ;;
-        --plugin | --record)
+        --plugin | --record | --output)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
@@ -30,11 +30,12 @@ _broker_words() {
         state) options='--json --help' ;;
         check) options='--json --profile --help' ;;
         explain) options='--follow --json --help' ;;
+        story) options='--output --help' ;;
         *) return ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
-    elif [[ ${COMP_WORDS[1]} == @(script|check|explain) ]]; then
+    elif [[ ${COMP_WORDS[1]} == @(script|check|explain|story) ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$COMP_CWORD" -eq 2 ] && [ "${COMP_WORDS[1]}" = run ]; then
         mapfile -t COMPREPLY < <(compgen -W 'adduser addremoteuser deleteuser updateuser upgradeusertosso

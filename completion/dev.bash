@@ -19,7 +19,7 @@ _dev_words() {
                     build | clean) words=$(_dev_presets) ;;
                     package) words=armhf ;;
                     test) words='--all --target --way' ;;
-                    demo) words='--way --full --whole' ;;
+                    demo) words='--way --full --whole --html' ;;
                     abi) words=--update ;;
                     bench) words=--way ;;
                     soak) words='--seed --only --way' ;;

@@ -117,6 +117,19 @@ StateOptions parse_state(const std::vector<std::string>& words)
     return options;
 }
 
+StoryOptions parse_story(const std::vector<std::string>& words)
+{
+    StoryOptions options;
+    CLI::App app;
+    app.add_option("-o,--output", options.page);
+    const auto rest = parse(app, words);
+    if (rest.size() != 1) {
+        throw BadUse("expected one recording and nothing else");
+    }
+    options.recording = rest.front();
+    return options;
+}
+
 CheckOptions parse_check(const std::vector<std::string>& words)
 {
     CheckOptions options;

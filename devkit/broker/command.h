@@ -64,6 +64,19 @@ struct StateOptions {
  */
 StateOptions parse_state(const std::vector<std::string>& words);
 
+/** What `broker story` is asked. */
+struct StoryOptions {
+    std::string recording; // a file, or "-"
+    std::string page;      // empty: standard output
+};
+
+/**
+ * Reads RECORDING|- [--output PAGE].
+ *
+ * @throws BadUse
+ */
+StoryOptions parse_story(const std::vector<std::string>& words);
+
 /** What `broker check` is asked. */
 struct CheckOptions {
     std::string library;

@@ -1,6 +1,7 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
 #include "devkit/broker/explain/explain.h"
+#include "devkit/broker/page/page.h"
 #include "devkit/broker/record/recorder.h"
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
@@ -12,6 +13,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string_view>
 
@@ -28,6 +30,7 @@ constexpr const char* USAGE =
        broker state [--json]
        broker check LIBRARY [--json] [--profile NAME]
        broker explain [FILE|-] [--follow] [--json]
+       broker story RECORDING|- [--output PAGE]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
@@ -38,6 +41,8 @@ check   tells whether a file is a plug-in that a device's broker can load, what 
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
 explain tells what a log says of each command, and what to do about it: /var/log/shbroker.log, or FILE, which
         may hold what journalctl prints (text or JSON); with --follow on and on, as the log grows
+story   makes one page of a recording, to look at in a browser and to send on: each command with its transactions,
+        statements, changes and answer; on standard output, or as the file PAGE
 
 A lone -- ends the options. --record adds each command, the transactions that it led to, what the plug-in
 said and what changed to FILE (docs/formats-recording.md). PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
@@ -181,6 +186,22 @@ int explain(const Words& words)
     return exit_status(explain_log(parse_explain(words)));
 }
 
+int story(const Words& words)
+{
+    const StoryOptions options = parse_story(words);
+    const std::string& path = options.recording;
+    const std::string name = path == "-" ? "standard input" : path;
+    const std::string page = page_of(
+        parse_recording(read_all(path, name), name), std::filesystem::path(name).filename()
+    );
+    if (options.page.empty()) {
+        print(page);
+    } else {
+        write_page(options.page, page);
+    }
+    return EXIT_CARRIED_OUT;
+}
+
 bool asks_for_help(const Words& words)
 {
     return std::any_of(
@@ -194,8 +215,8 @@ constexpr struct {
     std::string_view name;
     int (*carry_out)(const Words& words);
 } COMMANDS[] = {
-    {"run", run},     {"script", script}, {"hash", hash},
-    {"state", state}, {"check", check},   {"explain", explain},
+    {"run", run},     {"script", script},   {"hash", hash},   {"state", state},
+    {"check", check}, {"explain", explain}, {"story", story},
 };
 
 int dispatch(const std::string& name, const Words& words)

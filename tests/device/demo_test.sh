@@ -36,6 +36,10 @@ hash=$(broker hash "first password"); echo $hash
 broker run adduser zoe $hash zoe@example.com --as alice' "$(commands short)"
 check 'it fits two screens' yes "$([ "$(wc -l <short)" -le 80 ] && echo yes)"
 
+check 'as a page' '0 demo: the same as a page: page.html' \
+    "$(text=$("$demo" --build "$build" --html page.html 2>&1); echo "$? $(tail -n 1 <<<"$text")")"
+check 'the page has the command' 1 "$(grep -c '"zoe@example.com"' page.html)"
+
 "$demo" --full --build "$build" >plain 2>&1
 check 'its status' 0 $?
 check 'its last line' 'demo: all went as it should' "$(tail -n 1 plain)"

@@ -96,7 +96,7 @@ ask() {
     last_command="broker run $1"
     first=$(($(wc -l </var/lib/boxwelld/transcript.jsonl) + 1))
     printf '\n$ broker run %s\n' "$1"
-    answer=$(eval "broker run $1 --log-level 7") || true
+    answer=$(eval "broker run $1 --log-level 7 ${DEMO_RECORDING:+--record '$DEMO_RECORDING'}") || true
     indent <<<"$answer"
     expect 'the answer' "$2, \"$3\"" "${answer%, *}"
     transactions=$(boxwelld transcript --from "$first" | what_matters)

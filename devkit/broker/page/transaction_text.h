@@ -1,0 +1,18 @@
+/** Transactions as people read them. The texts may be cut or malformed: nothing of them is left
+ * out. */
+#pragma once
+
+#include <string>
+#include <vector>
+
+/** An element a line, indented by its depth; blanks between elements are left out. */
+std::vector<std::string> laid_out(const std::string& transaction);
+
+/** What a request asks for: "query User_Collection", whatever its values; empty when it is none. */
+std::string kind_of(const std::string& request);
+
+/** The same with the value that it is about: "query User_Collection zoe". */
+std::string summary_of(const std::string& request);
+
+/** What a reply says: its status, and its reason where it has one; "no status" when it has none. */
+std::string outcome_of(const std::string& reply);
