@@ -5,7 +5,7 @@ _broker_words() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'run script hash state check explain story' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'run script hash state watch check explain story' -- "$word")
         return
     fi
     case $before in
@@ -27,7 +27,7 @@ _broker_words() {
         run) options='--as --log-level --plugin --record --json --help' ;;
         script) options='--plugin --record --json --help' ;;
         hash) options='--plugin --help' ;;
-        state) options='--json --help' ;;
+        state | watch) options='--json --help' ;;
         check) options='--json --profile --help' ;;
         explain) options='--follow --json --help' ;;
         story) options='--output --help' ;;

@@ -106,9 +106,9 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
     return script;
 }
 
-StateOptions parse_state(const std::vector<std::string>& words)
+LookOptions parse_look(const std::vector<std::string>& words)
 {
-    StateOptions options;
+    LookOptions options;
     CLI::App app;
     app.add_flag("--json", options.json);
     if (const auto rest = parse(app, words); !rest.empty()) {

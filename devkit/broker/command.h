@@ -52,8 +52,8 @@ struct ScriptLine {
  */
 std::vector<ScriptLine> parse_script(const std::string& text, const std::string& name);
 
-/** What `broker state` is asked. */
-struct StateOptions {
+/** What `broker state` and `broker watch` are asked. */
+struct LookOptions {
     bool json = false;
 };
 
@@ -62,7 +62,7 @@ struct StateOptions {
  *
  * @throws BadUse
  */
-StateOptions parse_state(const std::vector<std::string>& words);
+LookOptions parse_look(const std::vector<std::string>& words);
 
 /** What `broker story` is asked. */
 struct StoryOptions {

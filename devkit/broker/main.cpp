@@ -6,6 +6,8 @@
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
 #include "devkit/broker/terminal.h"
+#include "devkit/broker/watch/watch.h"
+#include "devkit/broker/watch/watchers.h"
 #include "devkit/on_device.h"
 
 #include <algorithm>
@@ -28,6 +30,7 @@ constexpr const char* USAGE =
        broker script FILE|- [--plugin PATH] [--record FILE] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker state [--json]
+       broker watch [--json]
        broker check LIBRARY [--json] [--profile NAME]
        broker explain [FILE|-] [--follow] [--json]
        broker story RECORDING|- [--output PAGE]
@@ -37,6 +40,8 @@ script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--lo
 hash    prints a password's hash pair as the operations take it
 state   shows the device's state: owner, accounts of daemon and system beside each other, remote users, sessions,
         and what of it does not agree
+watch   shows each command as it comes to this device, with its transactions, statements and changes, until Ctrl-C;
+        with --json the lines of a recording
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
 explain tells what a log says of each command, and what to do about it: /var/log/shbroker.log, or FILE, which
@@ -75,16 +80,29 @@ class Carrier {
         }
         if (!options.record.empty()) {
             recorder_.emplace(options.record);
+            recording_ = std::filesystem::absolute(options.record);
+        } else if (on_device() && is_watched()) {
+            recorder_.emplace(WATCH_FILE);
         }
         plugin_.emplace(options.plugin);
     }
 
     Answer run(const Command& command)
     {
-        return recorder_ ? recorder_->run(*plugin_, command) : plugin_->run(command);
+        if (!recorder_) {
+            return plugin_->run(command);
+        }
+        const bool shown = !recording_.empty() && on_device() && is_watched();
+        const auto begin = shown ? std::filesystem::file_size(recording_) : 0;
+        const Answer answer = recorder_->run(*plugin_, command);
+        if (shown) {
+            show_watchers(recording_, begin);
+        }
+        return answer;
     }
 
   private:
+    std::filesystem::path recording_; // that was asked for
     std::optional<Recorder> recorder_;
     std::optional<Plugin> plugin_;
 };
@@ -158,12 +176,17 @@ int hash(const Words& words)
     return EXIT_CARRIED_OUT;
 }
 
-int state(const Words& words)
+void expect_device()
 {
-    const bool json = parse_state(words).json;
     if (!on_device()) {
         throw BadUse("this is no device: devkit/device/device starts one");
     }
+}
+
+int state(const Words& words)
+{
+    const bool json = parse_look(words).json;
+    expect_device();
     const DeviceState device = read_device_state();
     const Overview overview = overview_of(device);
     print(
@@ -171,6 +194,14 @@ int state(const Words& words)
              : for_people(device, overview, terminal_width(), colours_wanted())
     );
     return exit_status(all_agrees(overview));
+}
+
+int watch(const Words& words)
+{
+    const bool json = parse_look(words).json;
+    expect_device();
+    watch_device(json);
+    return EXIT_CARRIED_OUT;
 }
 
 int check(const Words& words)
@@ -215,8 +246,8 @@ constexpr struct {
     std::string_view name;
     int (*carry_out)(const Words& words);
 } COMMANDS[] = {
-    {"run", run},     {"script", script},   {"hash", hash},   {"state", state},
-    {"check", check}, {"explain", explain}, {"story", story},
+    {"run", run},     {"script", script}, {"hash", hash},       {"state", state},
+    {"watch", watch}, {"check", check},   {"explain", explain}, {"story", story},
 };
 
 int dispatch(const std::string& name, const Words& words)

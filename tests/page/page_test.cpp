@@ -74,25 +74,31 @@ RecordedCall call(const std::string& request)
 TEST(Placing, AtTheRequestOfTheUnit)
 {
     const std::string ADD = ENVELOPE + R"(<xs:add resource-type="User">)";
+    const std::string BOB = ENVELOPE + R"(<xs:query resource-type="User_Collection"><xs:value>bob</xs:value>)";
     const std::string REMOTE = ENVELOPE + R"(<xs:delete resource-type="User:Remote:App">)";
     const struct {
-        Lines requests, units;
+        Lines requests;
+        std::vector<std::pair<const char*, const char*>> statements; // unit and text
         std::vector<std::size_t> expected;
     } CASES[] = {
-        {{}, {"execute.cpp", "query_user.cpp"}, {0, 0}},
-        {{QUERY, ADD}, {"access.cpp", "query_user.cpp", "add_user.cpp", "adduser.cpp"}, {0, 1, 2, 2}},
-        {{QUERY, QUERY}, {"query_user.cpp", "query_user.cpp"}, {1, 2}},
-        {{QUERY, REMOTE, QUERY}, {"remote_user.cpp", "query_user.cpp", "deleteuser.cpp"}, {2, 3, 3}},
-        {{QUERY}, {"query_user.cpp", "query_user.cpp"}, {1, 1}},
-        {{ADD}, {"add_user.cpp", "query_user.cpp"}, {1, 1}},
+        {{}, {{"execute.cpp", ""}, {"query_user.cpp", ""}}, {0, 0}},
+        {{QUERY}, {{"access.cpp", "login=alice"}}, {0}},
+        {{QUERY}, {{"access.cpp", "login=zoe"}, {"query_user.cpp", ""}}, {1, 1}},
+        {{BOB, QUERY}, {{"query_user.cpp", "username=zoe"}, {"query_user.cpp", "bob"}}, {2, 2}},
+        {{QUERY, ADD}, {{"access.cpp", ""}, {"query_user.cpp", ""}, {"add_user.cpp", ""}, {"adduser.cpp", ""}},
+            {0, 1, 2, 2}},
+        {{QUERY, QUERY}, {{"query_user.cpp", "zoe"}, {"query_user.cpp", "zoe"}}, {1, 2}},
+        {{QUERY, REMOTE, QUERY}, {{"remote_user.cpp", ""}, {"query_user.cpp", ""}, {"deleteuser.cpp", ""}}, {2, 3, 3}},
+        {{QUERY}, {{"query_user.cpp", ""}, {"query_user.cpp", ""}}, {1, 1}},
+        {{ADD}, {{"add_user.cpp", ""}, {"query_user.cpp", ""}}, {1, 1}},
     };
     for (const auto& c : CASES) {
         RecordedCommand command;
         for (const std::string& request : c.requests)
             command.calls.push_back(call(request));
         command.statements.emplace();
-        for (const std::string& unit : c.units)
-            command.statements->push_back({"DEBUG", unit, 1, ""});
+        for (const auto& [unit, text] : c.statements)
+            command.statements->push_back({"DEBUG", unit, 1, text});
         EXPECT_EQ(places_of(command), c.expected);
     }
     EXPECT_TRUE(places_of(RecordedCommand{}).empty()); // without a log file

@@ -5,7 +5,7 @@
 
 /**
  * For each statement how many of the command's calls had been made when it was: a statement of a
- * unit that makes a request stands at the next of its kind, and no statement before the one ahead
- * of it in the log.
+ * unit that makes a request stands at the next of its kind, one about an account that it names
+ * before others; each statement once at a call, and none before the one ahead of it in the log.
  */
 std::vector<std::size_t> places_of(const RecordedCommand& command);

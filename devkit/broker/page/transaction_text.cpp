@@ -44,20 +44,6 @@ std::string value_in(const std::string& text, const std::string& begin, const st
     return value.starts_with("<![CDATA[") ? between(value, "<![CDATA[", "]]>") : value;
 }
 
-std::string subject_of(const std::string& request)
-{
-    for (const auto& [begin, end] :
-         {std::pair{"<xs:value>", "</xs:value>"},
-          {" value=\"", "\""},
-          {"<User_Name>", "</User_Name>"},
-          {" UserName=\"", "\""}}) {
-        if (std::string value = value_in(request, begin, end); !value.empty()) {
-            return value;
-        }
-    }
-    return between(between(request, "<xs:delete", ">"), "resource-id=\"", "\"");
-}
-
 } // namespace
 
 std::vector<std::string> laid_out(const std::string& transaction)
@@ -100,6 +86,20 @@ std::string kind_of(const std::string& request)
     }
     const std::string tag = between(request.substr(operation), "<xs:", ">");
     return tag.substr(0, tag.find_first_of(BLANKS)) + ' ' + between(tag, " resource-type=\"", "\"");
+}
+
+std::string subject_of(const std::string& request)
+{
+    for (const auto& [begin, end] :
+         {std::pair{"<xs:value>", "</xs:value>"},
+          {" value=\"", "\""},
+          {"<User_Name>", "</User_Name>"},
+          {" UserName=\"", "\""}}) {
+        if (std::string value = value_in(request, begin, end); !value.empty()) {
+            return value;
+        }
+    }
+    return between(between(request, "<xs:delete", ">"), "resource-id=\"", "\"");
 }
 
 std::string summary_of(const std::string& request)

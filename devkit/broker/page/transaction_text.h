@@ -11,7 +11,10 @@ std::vector<std::string> laid_out(const std::string& transaction);
 /** What a request asks for: "query User_Collection", whatever its values; empty when it is none. */
 std::string kind_of(const std::string& request);
 
-/** The same with the value that it is about: "query User_Collection zoe". */
+/** The name, address or id that a request is about; empty when there is none. */
+std::string subject_of(const std::string& request);
+
+/** Both: "query User_Collection zoe". */
 std::string summary_of(const std::string& request);
 
 /** What a reply says: its status, and its reason where it has one; "no status" when it has none. */
