@@ -26,14 +26,14 @@ _boxwelld_words() {
         serve) own='--socket --client-timeout' ;;
         show) own=--json ;;
         transcript) own='--from --json' ;;
-        order) own='--skip --count' ;;
+        order) own='--skip --count --json' ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$own $common" -- "$word")
     elif [ "$command" = seed ]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$command" = order ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut fail die clear' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut fail die list clear' -- "$word")
     elif [ -z "$command" ]; then
         mapfile -t COMPREPLY < <(compgen -W "$own" -- "$word")
     fi

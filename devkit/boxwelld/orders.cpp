@@ -34,6 +34,22 @@ std::optional<Order> take_order(Store& store)
     return order;
 }
 
+std::vector<WaitingOrder> waiting_orders(Store& store)
+{
+    SQLite::Statement row(
+        store.database(), "SELECT kind, text, skip, count FROM orders ORDER BY id"
+    );
+    std::vector<WaitingOrder> orders;
+    while (row.executeStep()) {
+        orders.push_back(
+            {{row.getColumn(0), row.getColumn(1)},
+             row.getColumn(2).getInt(),
+             row.getColumn(3).getInt()}
+        );
+    }
+    return orders;
+}
+
 void clear_orders(Store& store)
 {
     store.database().exec("DELETE FROM orders");

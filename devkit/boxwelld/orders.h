@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 struct Order {
     std::string kind;
@@ -12,6 +13,13 @@ struct Order {
 
     /** As the transcript tells it. */
     std::string to_string() const { return text.empty() ? kind : kind + ' ' + text; }
+};
+
+/** An order whose turn is still to come, or that is not used up. */
+struct WaitingOrder {
+    Order order;
+    int skip = 0;
+    int count = 1;
 };
 
 /**
@@ -24,5 +32,8 @@ void place_order(Store& store, const Order& order, int skip, int count);
 
 /** The order for the request that has just come, if there is one: the first whose turn it is. */
 std::optional<Order> take_order(Store& store);
+
+/** The orders that wait, in the order of giving. */
+std::vector<WaitingOrder> waiting_orders(Store& store);
 
 void clear_orders(Store& store);

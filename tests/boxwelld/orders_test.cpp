@@ -31,3 +31,28 @@ TEST(Orders, DieEndsTheDaemonOnceAsAKillDoes)
     daemon.start();
     EXPECT_THAT(call(find_user("bob")).reply, HasSubstr("<User_Id>1002</User_Id>"));
 }
+
+TEST(Orders, AreListedWithWhatEachWaitsFor)
+{
+    const Daemon daemon;
+    EXPECT_EQ(daemon.run("order list").output, "orders\n  (none)\n");
+    const struct {
+        std::string given;
+        std::string listed;
+    } cases[] = {
+        {"refuse 'Disk is full'", "the next request: refuse Disk is full"},
+        {"fail --skip 1 --count 2", "the next 2 requests, behind 1 other: fail"},
+        {"cut 7 --skip 3 --count 0", "every request, behind 3 others: cut 7"},
+        {"reply '" + std::string(53, 'x') + "äy\n'", "the next request: reply " + std::string(53, 'x') + "…"},
+    };
+    std::string expected = "orders\n";
+    for (const auto& [given, listed] : cases) {
+        daemon.run("order " + given);
+        expected += "  " + listed + '\n';
+    }
+    EXPECT_EQ(daemon.run("order list").output, expected);
+    call(find_user("bob"));
+    EXPECT_EQ(Json::parse(daemon.run("order list --json").output).at("orders")[0],
+        Json::parse(R"({"kind": "fail", "text": "", "skip": 0, "count": 2})"))
+        << "a request has taken the first and passed the second";
+}

@@ -92,10 +92,13 @@ TEST(Commands, BadUseIsOneLineAndAStatus)
         {"--state", 2, "--state: 1 required TEXT missing"},
         {"seed", 2, "FILE is required"},
         {"seed /nowhere", 1, "/nowhere: No such file or directory"},
-        {"order maybe", 2, "KIND: maybe not in {refuse,refuse-bare,reply,no-reply,cut,fail,die,clear}"},
+        {"order maybe", 2, "KIND: maybe not in {refuse,refuse-bare,reply,no-reply,cut,fail,die,list,clear}"},
         {"order refuse", 2, "order refuse: needs a TEXT"},
         {"order fail text", 2, "order fail: takes no TEXT"},
         {"order cut x", 2, "order cut: needs a number of bytes"},
+        {"order clear --skip 1", 2, "order clear: takes no --skip"},
+        {"order list all", 2, "order list: takes no TEXT"},
+        {"order fail --json", 2, "order fail: takes no --json"},
         {"order cut 1 --skip -1", 2, "--skip: Value -1" + counts},
         {"order fail --count x", 2, "--count: Value x" + counts},
         {"order reply @/nowhere", 1, "/nowhere: No such file or directory"},
@@ -129,6 +132,7 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
         {"show", "state"},
         {"transcript", "state"},
         {"order clear", "state passwd group"},
+        {"order list", "state"},
         {"seed /dev/null", "state passwd group"},
         {"serve", all},
     };
@@ -156,7 +160,7 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
 TEST(Commands, ThatReadMakeNothing)
 {
     const Daemon daemon;
-    for (const char* command : {"show", "transcript"}) {
+    for (const char* command : {"show", "transcript", "order list"}) {
         EXPECT_EQ(daemon.run(command + (" --state " + daemon.path("none"))).status, 1);
         EXPECT_FALSE(std::filesystem::exists(daemon.path("none"))) << command;
     }
