@@ -19,21 +19,21 @@ _boxwelld_words() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --client-timeout | --from | --skip | --count) return ;;
+        --client-timeout | --from | --for | --skip | --count) return ;;
     esac
     case $command in
         '') own='serve seed show transcript order' ;;
         serve) own='--socket --client-timeout' ;;
         show) own=--json ;;
         transcript) own='--from --json' ;;
-        order) own='--skip --count --json' ;;
+        order) own='--for --skip --count --json' ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$own $common" -- "$word")
     elif [ "$command" = seed ]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$command" = order ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut fail die list clear' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut delay hang fail die list clear' -- "$word")
     elif [ -z "$command" ]; then
         mapfile -t COMPREPLY < <(compgen -W "$own" -- "$word")
     fi

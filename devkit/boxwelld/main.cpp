@@ -33,7 +33,7 @@ constexpr Usage USAGES[] = {
     {"seed", "FILE|-"},
     {"show", "[--json]"},
     {"transcript", "[--from N] [--json]"},
-    {"order", "KIND [TEXT] [--skip K] [--count N] | list [--json] | clear"},
+    {"order", "KIND [TEXT] [--for TEXT] [--skip K] [--count N] | list [--json] | clear"},
 };
 
 /** Usage lines as the manual page has them: of one command, or of all. */

@@ -6,14 +6,17 @@
 
 namespace {
 
+constexpr std::size_t MOST_DIGITS = 9; // of a number, which an int then holds
+
 /** What the command line says of an order. */
 struct Given {
     Order order;
     int skip = 0;
     int count = 1;
+    std::string holds;
     bool json = false;
     CLI::Option* text = nullptr;
-    CLI::Option* turn[2] = {}; // the options that say which requests an order is for
+    CLI::Option* turn[3] = {}; // the options that say which requests an order is for
     CLI::Option* as_json = nullptr;
 
     bool is_list() const { return order.kind == "list"; }
@@ -29,7 +32,7 @@ CLI::ValidationError bad(const Given& given, const std::string& what)
 void check(const Given& given)
 {
     const std::string& kind = given.order.kind;
-    const bool wants_text = kind == "refuse" || kind == "reply" || kind == "cut";
+    const bool wants_text = kind == "refuse" || kind == "reply" || kind == "cut" || kind == "delay";
     if ((given.text->count() > 0) != wants_text) {
         throw bad(given, wants_text ? "needs a TEXT" : "takes no TEXT");
     }
@@ -42,9 +45,12 @@ void check(const Given& given)
         throw bad(given, "takes no --json");
     }
     const std::string& text = given.order.text;
-    if (kind == "cut" && (text.empty() || text.size() > 9 ||
-                          text.find_first_not_of("0123456789") != std::string::npos)) {
-        throw bad(given, "needs a number of bytes");
+    const bool is_number = !text.empty() && text.size() <= MOST_DIGITS &&
+                           text.find_first_not_of("0123456789") == std::string::npos;
+    if ((kind == "cut" || kind == "delay") && !is_number) {
+        throw bad(
+            given, kind == "cut" ? "needs a number of bytes" : "needs a number of milliseconds"
+        );
     }
 }
 
@@ -65,7 +71,7 @@ void carry_out(Given& given, const Files& files)
     if (given.is_clear()) {
         clear_orders(store);
     } else {
-        place_order(store, order, given.skip, given.count);
+        place_order(store, order, given.skip, given.count, given.holds);
     }
 }
 
@@ -80,20 +86,26 @@ void add_order_command(CLI::App& app, Files& files)
     command
         ->add_option(
             "KIND", given->order.kind,
-            "refuse TEXT | refuse-bare | reply TEXT (or @FILE) | no-reply | cut BYTES | fail | die"
-            " | list | clear"
+            "refuse TEXT | refuse-bare | reply TEXT (or @FILE) | no-reply | cut BYTES | delay MS | "
+            "hang"
+            " | fail | die | list | clear"
         )
         ->required()
         ->check(CLI::IsMember(
-            {"refuse", "refuse-bare", "reply", "no-reply", "cut", "fail", "die", "list", "clear"}
+            {"refuse", "refuse-bare", "reply", "no-reply", "cut", "delay", "hang", "fail", "die",
+             "list", "clear"}
         ));
     given->text = command->add_option("TEXT", given->order.text, "what KIND needs");
     given->turn[0] = command->add_option("--skip", given->skip, "requests that pass before it");
     given->turn[1] =
         command->add_option("--count", given->count, "requests that it is for; 0: all");
-    for (CLI::Option* option : given->turn) {
+    for (CLI::Option* option : {given->turn[0], given->turn[1]}) {
         option->check(at_least(0));
     }
+    given->turn[2] =
+        command->add_option("--for", given->holds, "a text that a request must hold to be counted");
+    given->turn[2]->check([](const std::string& text) { return text.empty() ? "it is empty" : ""; }
+    );
     given->as_json = command->add_flag("--json", given->json, "list: as one object");
     command->callback([given, &files] { carry_out(*given, files); });
 }

@@ -23,18 +23,27 @@ std::string shortened(const std::string& text)
     return one_line(text.substr(0, end)) + "…";
 }
 
+/** "every request", "the next 2 requests that hold \"<xs:add\"", as far as `count` goes. */
+std::string requests(const WaitingOrder& waiting)
+{
+    const bool many = waiting.count > 1;
+    std::string text = waiting.count == 0 ? "every request"
+                       : many ? "the next " + std::to_string(waiting.count) + " requests"
+                              : "the next request";
+    if (!waiting.holds.empty()) {
+        text += (many ? " that hold \"" : " that holds \"") + shortened(waiting.holds) + '"';
+    }
+    return text;
+}
+
 /** "the next 2 requests, behind 1 other". */
 std::string turn_of(const WaitingOrder& waiting)
 {
-    std::string text = waiting.count == 0 ? "every request"
-                       : waiting.count == 1
-                           ? "the next request"
-                           : "the next " + std::to_string(waiting.count) + " requests";
-    if (waiting.skip > 0) {
-        text +=
-            ", behind " + std::to_string(waiting.skip) + (waiting.skip == 1 ? " other" : " others");
+    if (waiting.skip == 0) {
+        return requests(waiting);
     }
-    return text;
+    return requests(waiting) + ", behind " + std::to_string(waiting.skip) +
+           (waiting.skip == 1 ? " other" : " others");
 }
 
 Json as_json(const std::vector<WaitingOrder>& orders)
@@ -44,6 +53,7 @@ Json as_json(const std::vector<WaitingOrder>& orders)
         list.push_back(
             {{"kind", waiting.order.kind},
              {"text", waiting.order.text},
+             {"for", waiting.holds},
              {"skip", waiting.skip},
              {"count", waiting.count}}
         );

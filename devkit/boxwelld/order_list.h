@@ -6,6 +6,7 @@
 
 /**
  * The orders that wait and what each waits for, a line each for people, or as one JSON object:
- * {"orders": [{"kind", "text", "skip", "count"}]}, count 0 meaning all.
+ * {"orders": [{"kind", "text", "for", "skip", "count"}]}, an empty `for`
+ * meaning any request and a count of 0 all.
  */
 std::string order_list(Store& store, bool json);

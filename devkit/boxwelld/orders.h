@@ -20,6 +20,7 @@ struct WaitingOrder {
     Order order;
     int skip = 0;
     int count = 1;
+    std::string holds; // what a request must hold to be counted at all; empty: anything
 };
 
 /**
@@ -27,11 +28,14 @@ struct WaitingOrder {
  *
  * @param skip   requests that pass before it counts
  * @param count  requests that it counts for; 0: all
+ * @param holds  both count only requests that hold this text, byte for byte
  */
-void place_order(Store& store, const Order& order, int skip, int count);
+void place_order(
+    Store& store, const Order& order, int skip, int count, const std::string& holds = ""
+);
 
 /** The order for the request that has just come, if there is one: the first whose turn it is. */
-std::optional<Order> take_order(Store& store);
+std::optional<Order> take_order(Store& store, const std::string& request);
 
 /** The orders that wait, in the order of giving. */
 std::vector<WaitingOrder> waiting_orders(Store& store);

@@ -36,8 +36,22 @@ CREATE TABLE IF NOT EXISTS remote_users (name TEXT PRIMARY KEY, full_name TEXT N
 CREATE TABLE IF NOT EXISTS cloud_owner (name TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS orders (
     id INTEGER PRIMARY KEY, kind TEXT NOT NULL, text TEXT NOT NULL,
-    skip INTEGER NOT NULL, count INTEGER NOT NULL);
+    skip INTEGER NOT NULL, count INTEGER NOT NULL, holds TEXT NOT NULL DEFAULT '');
 )";
+
+/** States that were made before a column was. */
+void add_missing_columns(SQLite::Database& database)
+{
+    constexpr char HAS_HOLDS[] = "SELECT 1 FROM pragma_table_info('orders') WHERE name = 'holds'";
+    if (exists(database, HAS_HOLDS)) {
+        return;
+    }
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    if (!exists(database, HAS_HOLDS)) { // another process may have been quicker
+        database.exec("ALTER TABLE orders ADD COLUMN holds TEXT NOT NULL DEFAULT ''");
+    }
+    transaction.commit();
+}
 
 std::string make_state_folder(const Paths& paths)
 {
@@ -54,6 +68,7 @@ Store::Store(const Paths& paths)
       database_(make_state_folder(paths), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_MS)
 {
     database_.exec(SCHEMA);
+    add_missing_columns(database_);
 }
 
 void Store::change(const std::function<void()>& work)
