@@ -43,4 +43,5 @@ CLI::Range at_least(int least);
 void print(const std::string& text);
 
 // Commands that have a file of their own:
+void add_chaos_command(CLI::App& app, Files& files);
 void add_order_command(CLI::App& app, Files& files);

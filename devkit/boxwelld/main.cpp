@@ -34,6 +34,7 @@ constexpr Usage USAGES[] = {
     {"show", "[--json]"},
     {"transcript", "[--from N] [--json]"},
     {"order", "KIND [TEXT] [--for TEXT] [--skip K] [--count N] | list [--json] | clear"},
+    {"chaos", "--seed S --rate P [--kinds KIND,...] [--count N] | off"},
 };
 
 /** Usage lines as the manual page has them: of one command, or of all. */
@@ -111,7 +112,8 @@ void add_commands(CLI::App& app, Options& options)
     });
     add_state_commands(app, options);
     add_transcript_command(app, options);
-    add_order_command(app, options.files);
+    add_order_command(app, files);
+    add_chaos_command(app, files);
 }
 
 /** What is wrong with the use; CLI11 does not say which command it is that is not known. */

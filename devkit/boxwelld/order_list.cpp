@@ -1,5 +1,6 @@
 #include "devkit/boxwelld/order_list.h"
 
+#include "devkit/boxwelld/chaos.h"
 #include "devkit/boxwelld/orders.h"
 
 #include <nlohmann/json.hpp>
@@ -8,7 +9,9 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::size_t LONGEST = 60; // of a text, in bytes
+constexpr std::size_t LONGEST = 60;     // of a text, in bytes
+constexpr std::size_t MOST_FAULTS = 10; // of a plan that are told
+constexpr std::int64_t FARTHEST = 1000; // requests from now among which they are looked for
 
 /** The beginning of a long text, on one line; characters stay whole. */
 std::string shortened(const std::string& text)
@@ -36,14 +39,24 @@ std::string requests(const WaitingOrder& waiting)
     return text;
 }
 
-/** "the next 2 requests, behind 1 other". */
-std::string turn_of(const WaitingOrder& waiting)
+std::string behind(std::int64_t others)
 {
-    if (waiting.skip == 0) {
-        return requests(waiting);
+    return others == 0
+               ? ""
+               : ", behind " + std::to_string(others) + (others == 1 ? " other" : " others");
+}
+
+/** The next faults of the plan. */
+std::vector<Order> faults_of(const Chaos& chaos)
+{
+    std::vector<Order> faults;
+    const std::int64_t last = chaos.come + FARTHEST;
+    for (auto number = chaos.come + 1; number <= last && faults.size() < MOST_FAULTS; ++number) {
+        if (const auto fault = planned(chaos, number)) {
+            faults.push_back(*fault);
+        }
     }
-    return requests(waiting) + ", behind " + std::to_string(waiting.skip) +
-           (waiting.skip == 1 ? " other" : " others");
+    return faults;
 }
 
 Json as_json(const std::vector<WaitingOrder>& orders)
@@ -58,16 +71,50 @@ Json as_json(const std::vector<WaitingOrder>& orders)
              {"count", waiting.count}}
         );
     }
-    return {{"orders", list}};
+    return list;
+}
+
+Json as_json(const std::optional<Chaos>& chaos)
+{
+    if (!chaos) {
+        return {};
+    }
+    Json faults = Json::array();
+    for (const Order& fault : faults_of(*chaos)) {
+        faults.push_back({{"request", fault.chaos}, {"kind", fault.kind}, {"text", fault.text}});
+    }
+    return {{"seed", chaos->seed},   {"rate", chaos->rate}, {"kinds", chaos->kinds},
+            {"count", chaos->count}, {"come", chaos->come}, {"faults", faults}};
 }
 
 std::string for_people(const std::vector<WaitingOrder>& orders)
 {
     std::string text = "orders\n";
     for (const WaitingOrder& waiting : orders) {
-        text += "  " + turn_of(waiting) + ": " + shortened(waiting.order.to_string()) + '\n';
+        text += "  " + requests(waiting) + behind(waiting.skip) + ": " +
+                shortened(waiting.order.to_string()) + '\n';
     }
     return text + (orders.empty() ? "  (none)\n" : "");
+}
+
+std::string for_people(const std::optional<Chaos>& chaos)
+{
+    if (!chaos) {
+        return "chaos\n  (off)\n";
+    }
+    std::string kinds;
+    for (const std::string& kind : chaos->kinds) {
+        kinds += (kinds.empty() ? "" : ", ") + kind;
+    }
+    const std::string of = chaos->count > 0 ? " of " + std::to_string(chaos->count) : "";
+    std::string text = "chaos\n  seed " + std::to_string(chaos->seed) + ", " +
+                       std::to_string(chaos->rate) + " % of the requests: " + kinds + "\n  " +
+                       std::to_string(chaos->come) + of + " requests have come\n";
+    for (const Order& fault : faults_of(*chaos)) {
+        text += "  request " + std::to_string(fault.chaos) + behind(fault.chaos - chaos->come - 1) +
+                ": " + fault.kind + (fault.text.empty() ? "" : ' ' + fault.text) + '\n';
+    }
+    return text;
 }
 
 } // namespace
@@ -75,6 +122,10 @@ std::string for_people(const std::vector<WaitingOrder>& orders)
 std::string order_list(Store& store, bool json)
 {
     const std::vector<WaitingOrder> orders = waiting_orders(store);
-    return json ? as_json(orders).dump(2, ' ', false, Json::error_handler_t::replace) + '\n'
-                : for_people(orders);
+    const std::optional<Chaos> chaos = present_chaos(store);
+    if (!json) {
+        return for_people(orders) + for_people(chaos);
+    }
+    const Json list = {{"orders", as_json(orders)}, {"chaos", as_json(chaos)}};
+    return list.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }

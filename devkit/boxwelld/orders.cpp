@@ -1,5 +1,6 @@
 #include "devkit/boxwelld/orders.h"
 
+#include "devkit/boxwelld/chaos.h"
 #include "devkit/boxwelld/sql.h"
 
 #include <SQLiteCpp/Transaction.h>
@@ -20,7 +21,7 @@ std::vector<Row> rows(SQLite::Database& database)
     while (row.executeStep()) {
         found.push_back(
             {row.getColumn(0).getInt64(),
-             {{row.getColumn(1), row.getColumn(2)},
+             {{row.getColumn(1), row.getColumn(2), 0},
               row.getColumn(3).getInt(),
               row.getColumn(4).getInt(),
               row.getColumn(5)}}
@@ -42,6 +43,12 @@ void count_down(SQLite::Database& database, const Row& row)
 }
 
 } // namespace
+
+std::string Order::to_string() const
+{
+    const std::string by = chaos > 0 ? "chaos " + std::to_string(chaos) + ": " : "";
+    return by + (text.empty() ? kind : kind + ' ' + text);
+}
 
 void place_order(Store& store, const Order& order, int skip, int count, const std::string& holds)
 {
@@ -67,8 +74,9 @@ std::optional<Order> take_order(Store& store, const std::string& request)
         }
         count_down(database, row);
     }
+    const std::optional<Order> by_plan = take_chaos(store);
     transaction.commit();
-    return order;
+    return order ? order : by_plan;
 }
 
 std::vector<WaitingOrder> waiting_orders(Store& store)

@@ -10,9 +10,10 @@
 struct Order {
     std::string kind;
     std::string text;
+    std::int64_t chaos = 0; // number of the request in the plan that has it; 0: ordered by hand
 
     /** As the transcript tells it. */
-    std::string to_string() const { return text.empty() ? kind : kind + ' ' + text; }
+    std::string to_string() const;
 };
 
 /** An order whose turn is still to come, or that is not used up. */
@@ -34,7 +35,10 @@ void place_order(
     Store& store, const Order& order, int skip, int count, const std::string& holds = ""
 );
 
-/** The order for the request that has just come, if there is one: the first whose turn it is. */
+/**
+ * The order for the request that has just come, if there is one: the first whose turn it is, or
+ * else what a plan has for it (chaos.h).
+ */
 std::optional<Order> take_order(Store& store, const std::string& request);
 
 /** The orders that wait, in the order of giving. */

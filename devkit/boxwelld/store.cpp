@@ -37,6 +37,9 @@ CREATE TABLE IF NOT EXISTS cloud_owner (name TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS orders (
     id INTEGER PRIMARY KEY, kind TEXT NOT NULL, text TEXT NOT NULL,
     skip INTEGER NOT NULL, count INTEGER NOT NULL, holds TEXT NOT NULL DEFAULT '');
+CREATE TABLE IF NOT EXISTS chaos ( -- one row, or none
+    seed INTEGER NOT NULL, rate INTEGER NOT NULL, kinds TEXT NOT NULL, count INTEGER NOT NULL,
+    come INTEGER NOT NULL DEFAULT 0);
 )";
 
 /** States that were made before a column was. */
@@ -179,5 +182,6 @@ std::string Store::cloud_owner()
 void Store::clear()
 {
     database_.exec("DELETE FROM accounts; DELETE FROM groups; DELETE FROM remote_users;"
-                   "DELETE FROM cloud_owner; DELETE FROM orders; DELETE FROM sqlite_sequence");
+                   "DELETE FROM cloud_owner; DELETE FROM orders; DELETE FROM chaos; DELETE FROM "
+                   "sqlite_sequence");
 }

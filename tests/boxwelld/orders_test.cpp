@@ -39,7 +39,7 @@ TEST(Orders, DieEndsTheDaemonOnceAsAKillDoes)
 TEST(Orders, AreListedWithWhatEachWaitsFor)
 {
     const Daemon daemon;
-    EXPECT_EQ(daemon.run("order list").output, "orders\n  (none)\n");
+    EXPECT_EQ(daemon.run("order list").output, "orders\n  (none)\nchaos\n  (off)\n");
     const struct {
         std::string given;
         std::string listed;
@@ -56,7 +56,7 @@ TEST(Orders, AreListedWithWhatEachWaitsFor)
         daemon.run("order " + given);
         expected += "  " + listed + '\n';
     }
-    EXPECT_EQ(daemon.run("order list").output, expected);
+    EXPECT_EQ(daemon.run("order list").output, expected + "chaos\n  (off)\n");
     call(find_user("bob"));
     EXPECT_EQ(Json::parse(daemon.run("order list --json").output).at("orders")[0],
         Json::parse(R"({"kind": "fail", "text": "", "for": "", "skip": 0, "count": 2})"))
@@ -76,7 +76,8 @@ TEST(Orders, CountOnlyRequestsThatHoldTheirText)
     } cases[] = {{"alice", "success"}, {"bob", "first"}, {"bob", "third"}, {"bob", "any"}, {"bob", "success"}};
     for (const auto& [name, reply] : cases)
         EXPECT_THAT(call(find_user(name)).reply, HasSubstr(reply)) << name;
-    EXPECT_EQ(daemon.run("order list").output, "orders\n  every request that holds \"BOB\": reply never\n");
+    EXPECT_EQ(
+        daemon.run("order list").output, "orders\n  every request that holds \"BOB\": reply never\nchaos\n  (off)\n");
 }
 
 TEST(Orders, KeepTheReplyBackAndNobodyElse)
@@ -117,7 +118,7 @@ TEST(Orders, OfAStateFromBeforeTheTextThatARequestMustHold)
     daemon.run("order reply kept --count 2");
     SQLite::Database(daemon.path("state/state.db"), SQLite::OPEN_READWRITE)
         .exec("ALTER TABLE orders DROP COLUMN holds");
-    EXPECT_EQ(daemon.run("order list").output, "orders\n  the next 2 requests: reply kept\n");
+    EXPECT_EQ(daemon.run("order list").output, "orders\n  the next 2 requests: reply kept\nchaos\n  (off)\n");
     daemon.run("order reply new --for bob --skip 1");
     EXPECT_EQ(call(find_user("bob")).reply, "kept");
 }

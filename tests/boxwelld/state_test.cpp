@@ -78,7 +78,7 @@ TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
 
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
-    const std::string commands = ": there are serve, seed, show, transcript, order";
+    const std::string commands = ": there are serve, seed, show, transcript, order, chaos";
     const std::string counts = " not in range 0 to 2147483647";
     const struct {
         const char* arguments;
@@ -108,6 +108,17 @@ TEST(Commands, BadUseIsOneLineAndAStatus)
         {"order cut 1 --skip -1", 2, "--skip: Value -1" + counts},
         {"order fail --count x", 2, "--count: Value x" + counts},
         {"order reply @/nowhere", 1, "/nowhere: No such file or directory"},
+        {"chaos --seed 1", 2, "chaos: needs a --rate, or off"},
+        {"chaos --rate 1", 2, "chaos: needs a --seed, or off"},
+        {"chaos on", 2, "OFF: on not in {off}"},
+        {"chaos off --count 1", 2, "chaos off: takes no --count"},
+        {"chaos --seed 1 --rate 0", 2, "--rate: Value 0 not in range 1 to 100"},
+        {"chaos --seed 1 --rate 101", 2, "--rate: Value 101 not in range 1 to 100"},
+        {"chaos --seed 1 --rate 0.5", 2, "--rate: Value 0.5 not in range 1 to 100"},
+        {"chaos --seed 4294967296 --rate 1", 2, "--seed: Value 4294967296 not in range 0 to 4294967295"},
+        {"chaos --seed 1 --rate 1 --count -1", 2, "--count: Value -1" + counts},
+        {"chaos --seed 1 --rate 1 --kinds cut,,die", 2,
+            "--kinds: unknown kind \"\": there are refuse,refuse-bare,no-reply,cut,delay,hang,fail,die"},
         {"serve --client-timeout 0", 2, "--client-timeout: Value 0 not in range 1 to 2147483647"},
         {"transcript --from -1", 2, "--from: Value -1 not in range 1 to 2147483647"},
         {"transcript --from 0", 2, "--from: Value 0 not in range 1 to 2147483647"},
@@ -139,6 +150,7 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
         {"transcript", "state"},
         {"order clear", "state passwd group"},
         {"order list", "state"},
+        {"chaos off", "state passwd group"},
         {"seed /dev/null", "state passwd group"},
         {"serve", all},
     };

@@ -11,7 +11,7 @@ DEV = REPOSITORY / "dev"
 # Where a program's page is, and the words for which it has a help of its own.
 COMMANDS = {
     "broker.1": (PROGRAMS / "broker", ["run", "script", "hash", "state", "check"]),
-    "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order"]),
+    "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order", "chaos"]),
     "device.1": (REPOSITORY / "devkit/device/device", []),
 }
 OPTION = re.compile(r"(?<![\w-])--[a-z][a-z-]*")
