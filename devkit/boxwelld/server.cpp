@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <list>
@@ -123,11 +124,18 @@ void record(const Paths& paths, const Exchange& exchange)
 
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
+    const auto came = std::chrono::system_clock::now();
+    const auto begin = std::chrono::steady_clock::now();
     const std::optional<Order> order = take_order(store, request);
     Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
-    record(
-        paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
-    );
+    Exchange exchange = {
+        request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt, came, {}};
+    if (outcome.fate == Fate::Answered) {
+        exchange.answer_in = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now() - begin + std::chrono::milliseconds(outcome.delay_ms)
+        );
+    }
+    record(paths, exchange);
     if (order && order->kind == "die") {
         raise(SIGKILL);
     }
@@ -140,6 +148,7 @@ class Server {
         : paths_(paths), store_(paths), client_timeout_ms_(client_timeout_ms)
     {
         store_.change([] {}); // passwd and group may be others than they were
+        mend_transcript(paths_);
     }
 
     void run()

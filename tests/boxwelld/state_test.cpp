@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <sstream>
 
@@ -61,6 +63,42 @@ TEST(Seed, TakesWhatShowPrintsAndBeginsAnew)
     EXPECT_EQ(daemon.read("passwd"), passwd);
     EXPECT_EQ(daemon.run("transcript --json").output, "[]\n");
     EXPECT_EQ(call(add_user("zoe")).result, 0) << "orders are cleared";
+}
+
+/** A request that is carried out, one that is late and one without a reply, behind one of before there were times. */
+TEST(Transcript, TellsWhenARequestCameAndHowLongTheReplyTook)
+{
+    Daemon daemon;
+    daemon.stop(SIGTERM);
+    daemon.write("state/transcript.jsonl", R"({"request": "old", "reply": null, "order": "fail"})"
+                                           "\n{\"request\": \"cut of");
+    EXPECT_EQ(Json::parse(daemon.run("transcript --json").output).size(), 1) << "the other is not whole";
+    daemon.start();
+    const std::time_t before = time(nullptr);
+    call(find_user("bob"));
+    daemon.run("order delay 20");
+    call(find_user("bob"));
+    daemon.run("order fail");
+    call(find_user("bob"));
+    const Json all = Json::parse(daemon.run("transcript --json").output);
+    ASSERT_EQ(all.size(), 4);
+    EXPECT_EQ(all[0], Json::parse(R"({"n": 1, "time": null, "milliseconds": null, "request": "old", "reply": null,
+        "order": "fail"})"));
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        const std::string text = all[i].at("time");
+        tm parts{};
+        EXPECT_THAT(text, MatchesRegex(R"(....-..-..T..:..:..\....Z)"));
+        strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+        EXPECT_GE(timegm(&parts), before);
+        EXPECT_LE(timegm(&parts), time(nullptr));
+    }
+    EXPECT_GE(all[1].at("milliseconds"), 0);
+    EXPECT_GE(all[2].at("milliseconds"), 20);
+    EXPECT_EQ(all[3].at("milliseconds"), Json());
+    const std::string text = daemon.run("transcript").output;
+    EXPECT_THAT(text,
+        MatchesRegex("--- 1\nordered: fail\nold\n\\(no reply\\)\n--- 2, ....-..-.. ..:..:..\\.... UTC, "
+                     "[0-9]+\\.[0-9] ms\n<(.|\n)*\n--- 4, ....-..-.. ..:..:..\\.... UTC\nordered: fail\n(.|\n)*"));
 }
 
 TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
