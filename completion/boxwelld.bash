@@ -22,7 +22,8 @@ _boxwelld_words() {
         --client-timeout | --from | --for | --skip | --count | --seed | --rate | --kinds) return ;;
     esac
     case $command in
-        '') own='serve seed show transcript order chaos' ;;
+        '') own='serve seed show transcript order chaos send revive' ;;
+        send) own=--socket ;;
         serve) own='--socket --client-timeout' ;;
         show) own=--json ;;
         transcript) own='--from --json' ;;
@@ -31,7 +32,7 @@ _boxwelld_words() {
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$own $common" -- "$word")
-    elif [ "$command" = seed ]; then
+    elif [[ $command == @(seed|send) ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$command" = order ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
         mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut delay hang fail die list clear' -- "$word")

@@ -45,3 +45,5 @@ void print(const std::string& text);
 // Commands that have a file of their own:
 void add_chaos_command(CLI::App& app, Files& files);
 void add_order_command(CLI::App& app, Files& files);
+void add_revive_command(CLI::App& app);
+void add_send_command(CLI::App& app, Files& files);

@@ -35,6 +35,8 @@ constexpr Usage USAGES[] = {
     {"transcript", "[--from N] [--json]"},
     {"order", "KIND [TEXT] [--for TEXT] [--skip K] [--count N] | list [--json] | clear"},
     {"chaos", "--seed S --rate P [--kinds KIND,...] [--count N] | off"},
+    {"send", "FILE|- [--socket PATH]"},
+    {"revive", ""},
 };
 
 /** Usage lines as the manual page has them: of one command, or of all. */
@@ -46,7 +48,8 @@ class UsageFormatter : public CLI::Formatter {
         for (const Usage& usage : USAGES) {
             if (app->get_parent() == nullptr || app->get_name() == usage.command) {
                 text += std::string(text.empty() ? "usage: " : "       ") +
-                        "boxwelld [OPTION...] " + usage.command + ' ' + usage.arguments + '\n';
+                        "boxwelld [OPTION...] " + usage.command +
+                        (*usage.arguments != '\0' ? " " : "") + usage.arguments + '\n';
             }
         }
         return text;
@@ -114,6 +117,8 @@ void add_commands(CLI::App& app, Options& options)
     add_transcript_command(app, options);
     add_order_command(app, files);
     add_chaos_command(app, files);
+    add_send_command(app, files);
+    add_revive_command(app);
 }
 
 /** What is wrong with the use; CLI11 does not say which command it is that is not known. */

@@ -116,7 +116,7 @@ TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
 
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
-    const std::string commands = ": there are serve, seed, show, transcript, order, chaos";
+    const std::string commands = ": there are serve, seed, show, transcript, order, chaos, send, revive";
     const std::string counts = " not in range 0 to 2147483647";
     const struct {
         const char* arguments;
@@ -126,6 +126,10 @@ TEST(Commands, BadUseIsOneLineAndAStatus)
         {"", 2, "which command?" + commands},
         {"frobnicate", 2, "unknown command frobnicate" + commands},
         {"--frobnicate", 2, "unknown option --frobnicate" + commands},
+        {"send", 2, "FILE is required"},
+        {"send /nowhere", 1, "/nowhere: No such file or directory"},
+        {"revive now", 2, "The following argument was not expected: now"},
+        {"revive", 2, "this is no device: devkit/device/device starts one, whose daemon can be revived"},
         {"show all", 2, "The following argument was not expected: all"},
         {"--state", 2, "--state: 1 required TEXT missing"},
         {"seed", 2, "FILE is required"},
@@ -191,6 +195,7 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
         {"chaos off", "state passwd group"},
         {"seed /dev/null", "state passwd group"},
         {"serve", all},
+        {"send /dev/null", "socket"},
     };
     const Daemon daemon;
     for (const auto& [arguments, needed] : cases) {
