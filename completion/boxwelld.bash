@@ -19,21 +19,25 @@ _boxwelld_words() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --client-timeout | --from | --skip | --count) return ;;
+        --client-timeout | --from | --for | --skip | --count | --seed | --rate | --kinds) return ;;
     esac
     case $command in
-        '') own='serve seed show transcript order' ;;
+        '') own='serve seed show transcript order chaos send revive' ;;
+        send) own=--socket ;;
         serve) own='--socket --client-timeout' ;;
         show) own=--json ;;
         transcript) own='--from --json' ;;
-        order) own='--skip --count' ;;
+        chaos) own='--seed --rate --kinds --count' ;;
+        order) own='--for --skip --count --json' ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$own $common" -- "$word")
-    elif [ "$command" = seed ]; then
+    elif [[ $command == @(seed|send) ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$command" = order ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut fail die clear' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'refuse refuse-bare reply no-reply cut delay hang fail die list clear' -- "$word")
+    elif [ "$command" = chaos ] && [ "$i" -eq $((COMP_CWORD - 1)) ]; then
+        mapfile -t COMPREPLY < <(compgen -W off -- "$word")
     elif [ -z "$command" ]; then
         mapfile -t COMPREPLY < <(compgen -W "$own" -- "$word")
     fi

@@ -17,12 +17,12 @@ Client::Client(Fd socket, int timeout_ms)
 
 short Client::events() const
 {
-    return answered_ ? POLLOUT : POLLIN;
+    return state_ == State::Answered ? POLLOUT : state_ == State::Asking ? POLLIN : short{};
 }
 
 const char* Client::failure() const
 {
-    return answered_ ? "a reply was not sent" : "a request was not received";
+    return state_ == State::Answered ? "a reply was not sent" : "a request was not received";
 }
 
 void Client::give_up() const
@@ -70,8 +70,7 @@ std::optional<std::string> Client::receive()
 
 void Client::answer(const std::optional<std::string>& reply)
 {
-    answered_ = true;
-    deadline_ = frame_deadline(timeout_ms_);
+    release();
     const std::string text = reply.value_or("");
     if (text.size() > FRAME_MAX_BYTES) {
         errno = EPROTO;
@@ -82,6 +81,24 @@ void Client::answer(const std::optional<std::string>& reply)
         reply ? static_cast<std::uint32_t>(text.size()) : FRAME_NO_REPLY, frame_.data()
     );
     frame_ += text;
+}
+
+void Client::hold(int delay_ms)
+{
+    state_ = State::Held;
+    deadline_ = frame_deadline(delay_ms);
+}
+
+void Client::hold_for_ever()
+{
+    state_ = State::Held;
+    deadline_ = INT64_MAX;
+}
+
+void Client::release()
+{
+    state_ = State::Answered;
+    deadline_ = frame_deadline(timeout_ms_);
 }
 
 bool Client::send()

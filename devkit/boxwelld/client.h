@@ -17,13 +17,23 @@ class Client {
     short events() const;
     std::int64_t deadline() const { return deadline_; }
 
+    /** Whether nothing is to be sent yet: until the deadline, or for ever. */
+    bool is_held() const { return state_ == State::Held; }
+
     /** The request, once all of it has come. Throws when none can come any more. */
     std::optional<std::string> receive();
 
     /** Takes the reply, or "done, without a reply", that send() is to send. */
     void answer(const std::optional<std::string>& reply);
     /** Whether the reply is being sent. */
-    bool is_answered() const { return answered_; }
+    bool is_answered() const { return state_ == State::Answered; }
+
+    /** Keeps the reply back for so many milliseconds; then release() is due. */
+    void hold(int delay_ms);
+    /** Keeps the connection open, with nothing ever to send. */
+    void hold_for_ever();
+    /** Begins to send what was kept back. */
+    void release();
 
     /** Sends of the reply what can be sent now; whether all of it is. Throws when it cannot be. */
     bool send();
@@ -32,13 +42,19 @@ class Client {
     [[noreturn]] void give_up() const;
 
   private:
+    enum class State {
+        Asking,
+        Held,
+        Answered
+    };
+
     const char* failure() const;
     std::size_t missing() const;
 
     Fd socket_;
     int timeout_ms_;
     std::int64_t deadline_;
-    bool answered_ = false;
+    State state_ = State::Asking;
     std::string frame_; // what has come of the request's, or the reply's
     std::size_t sent_ = 0;
 };

@@ -1,37 +1,91 @@
 #include "devkit/boxwelld/orders.h"
 
+#include "devkit/boxwelld/chaos.h"
 #include "devkit/boxwelld/sql.h"
 
 #include <SQLiteCpp/Transaction.h>
 
-void place_order(Store& store, const Order& order, int skip, int count)
+namespace {
+
+struct Row {
+    std::int64_t id;
+    WaitingOrder waiting;
+};
+
+std::vector<Row> rows(SQLite::Database& database)
+{
+    SQLite::Statement row(
+        database, "SELECT id, kind, text, skip, count, holds FROM orders ORDER BY id"
+    );
+    std::vector<Row> found;
+    while (row.executeStep()) {
+        found.push_back(
+            {row.getColumn(0).getInt64(),
+             {{row.getColumn(1), row.getColumn(2), 0},
+              row.getColumn(3).getInt(),
+              row.getColumn(4).getInt(),
+              row.getColumn(5)}}
+        );
+    }
+    return found;
+}
+
+/** The row after one more request has passed or taken it. */
+void count_down(SQLite::Database& database, const Row& row)
+{
+    if (row.waiting.skip > 0) {
+        execute(database, "UPDATE orders SET skip = skip - 1 WHERE id = ?", row.id);
+    } else if (row.waiting.count == 1) {
+        execute(database, "DELETE FROM orders WHERE id = ?", row.id);
+    } else if (row.waiting.count > 1) { // 0 is never used up
+        execute(database, "UPDATE orders SET count = count - 1 WHERE id = ?", row.id);
+    }
+}
+
+} // namespace
+
+std::string Order::to_string() const
+{
+    const std::string by = chaos > 0 ? "chaos " + std::to_string(chaos) + ": " : "";
+    return by + (text.empty() ? kind : kind + ' ' + text);
+}
+
+void place_order(Store& store, const Order& order, int skip, int count, const std::string& holds)
 {
     execute(
-        store.database(), "INSERT INTO orders (kind, text, skip, count) VALUES (?, ?, ?, ?)",
-        order.kind, order.text, skip, count
+        store.database(),
+        "INSERT INTO orders (kind, text, skip, count, holds) VALUES (?, ?, ?, ?, ?)", order.kind,
+        order.text, skip, count, holds
     );
 }
 
-std::optional<Order> take_order(Store& store)
+std::optional<Order> take_order(Store& store, const std::string& request)
 {
     SQLite::Database& database = store.database();
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     std::optional<Order> order;
-    SQLite::Statement row(
-        database, "SELECT id, kind, text FROM orders WHERE skip = 0 ORDER BY id LIMIT 1"
-    );
-    std::int64_t id = 0;
-    if (row.executeStep()) {
-        id = row.getColumn(0).getInt64();
-        order = Order{row.getColumn(1), row.getColumn(2)};
+    for (const Row& row : rows(database)) {
+        const bool waits = row.waiting.skip > 0;
+        if (request.find(row.waiting.holds) == std::string::npos || (!waits && order)) {
+            continue;
+        }
+        if (!waits) {
+            order = row.waiting.order;
+        }
+        count_down(database, row);
     }
-    row.reset();
-    // A count of 1 is used up, a count of 0 never is.
-    execute(database, "DELETE FROM orders WHERE id = ? AND count = 1", id);
-    execute(database, "UPDATE orders SET count = count - 1 WHERE id = ? AND count > 1", id);
-    database.exec("UPDATE orders SET skip = skip - 1 WHERE skip > 0");
+    const std::optional<Order> by_plan = take_chaos(store);
     transaction.commit();
-    return order;
+    return order ? order : by_plan;
+}
+
+std::vector<WaitingOrder> waiting_orders(Store& store)
+{
+    std::vector<WaitingOrder> orders;
+    for (Row& row : rows(store.database())) {
+        orders.push_back(std::move(row.waiting));
+    }
+    return orders;
 }
 
 void clear_orders(Store& store)

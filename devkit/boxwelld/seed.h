@@ -17,5 +17,6 @@
 
 #include <string>
 
-/** Replaces the state, orders included, by the JSON text, whole or (an exception) not at all. */
+/** Replaces the state, orders and plan included, by the JSON text, whole or (an exception) not at
+ * all. */
 void seed(Store& store, const std::string& text);

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdio>
 #include <list>
@@ -24,10 +25,17 @@ namespace {
 /** Those beyond wait in the socket's queue. */
 constexpr std::size_t MOST_CLIENTS = 256;
 
-/** What a request comes to: a reply, none, or a connection that ends without an answer. */
+/** What becomes of a client whose request has come. */
+enum class Fate {
+    Answered,
+    Left, // the connection is closed
+    Hung, // it stays open, and nothing comes
+};
+
 struct Outcome {
-    std::optional<std::string> reply;
-    bool answered = true;
+    std::optional<std::string> reply; // nothing: "done, without a reply" for who is answered
+    Fate fate = Fate::Answered;
+    int delay_ms = 0;
 };
 
 int join(decltype(&connect) call, const Fd& socket, const std::string& path)
@@ -91,7 +99,13 @@ Outcome follow(Store& store, const Order& order, const std::string& request)
     if (order.kind == "cut") {
         return {carry_out(store, request).substr(0, std::stoul(order.text))};
     }
-    return {std::nullopt, order.kind == "no-reply"};
+    if (order.kind == "delay") {
+        return {carry_out(store, request), Fate::Answered, std::stoi(order.text)};
+    }
+    return {
+        std::nullopt, order.kind == "no-reply" ? Fate::Answered
+                      : order.kind == "hang"   ? Fate::Hung
+                                               : Fate::Left};
 }
 
 void report(const std::exception& failure)
@@ -110,11 +124,18 @@ void record(const Paths& paths, const Exchange& exchange)
 
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
-    const std::optional<Order> order = take_order(store);
+    const auto came = std::chrono::system_clock::now();
+    const auto begin = std::chrono::steady_clock::now();
+    const std::optional<Order> order = take_order(store, request);
     Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
-    record(
-        paths, {request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt}
-    );
+    Exchange exchange = {
+        request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt, came, {}};
+    if (outcome.fate == Fate::Answered) {
+        exchange.answer_in = std::chrono::duration_cast<std::chrono::microseconds>(
+            std::chrono::steady_clock::now() - begin + std::chrono::milliseconds(outcome.delay_ms)
+        );
+    }
+    record(paths, exchange);
     if (order && order->kind == "die") {
         raise(SIGKILL);
     }
@@ -127,6 +148,7 @@ class Server {
         : paths_(paths), store_(paths), client_timeout_ms_(client_timeout_ms)
     {
         store_.change([] {}); // passwd and group may be others than they were
+        mend_transcript(paths_);
     }
 
     void run()
@@ -183,10 +205,14 @@ class Server {
             if (ready) {
                 return step(client);
             }
-            if (frame_deadline(0) >= client.deadline()) {
+            if (frame_deadline(0) < client.deadline()) {
+                return true;
+            }
+            if (!client.is_held()) {
                 client.give_up();
             }
-            return true;
+            client.release();
+            return !client.send();
         } catch (const std::exception& failure) { // this client's misfortune, not the daemon's
             report(failure);
             return false;
@@ -195,18 +221,33 @@ class Server {
 
     bool step(Client& client)
     {
+        if (client.is_held()) {
+            return false; // it has gone
+        }
         if (!client.is_answered()) {
             const std::optional<std::string> request = client.receive();
             if (!request) {
                 return true;
             }
             const Outcome outcome = answer(store_, paths_, *request);
-            if (!outcome.answered) {
+            if (outcome.fate == Fate::Left) {
                 return false;
             }
-            client.answer(outcome.reply);
+            begin_reply(client, outcome);
         }
-        return !client.send();
+        return client.is_held() || !client.send();
+    }
+
+    static void begin_reply(Client& client, const Outcome& outcome)
+    {
+        if (outcome.fate == Fate::Hung) {
+            client.hold_for_ever();
+            return;
+        }
+        client.answer(outcome.reply);
+        if (outcome.delay_ms > 0) {
+            client.hold(outcome.delay_ms);
+        }
     }
 
     Fd signals_ = end_signals();

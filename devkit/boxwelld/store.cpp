@@ -36,8 +36,25 @@ CREATE TABLE IF NOT EXISTS remote_users (name TEXT PRIMARY KEY, full_name TEXT N
 CREATE TABLE IF NOT EXISTS cloud_owner (name TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS orders (
     id INTEGER PRIMARY KEY, kind TEXT NOT NULL, text TEXT NOT NULL,
-    skip INTEGER NOT NULL, count INTEGER NOT NULL);
+    skip INTEGER NOT NULL, count INTEGER NOT NULL, holds TEXT NOT NULL DEFAULT '');
+CREATE TABLE IF NOT EXISTS chaos ( -- one row, or none
+    seed INTEGER NOT NULL, rate INTEGER NOT NULL, kinds TEXT NOT NULL, count INTEGER NOT NULL,
+    come INTEGER NOT NULL DEFAULT 0);
 )";
+
+/** States that were made before a column was. */
+void add_missing_columns(SQLite::Database& database)
+{
+    constexpr char HAS_HOLDS[] = "SELECT 1 FROM pragma_table_info('orders') WHERE name = 'holds'";
+    if (exists(database, HAS_HOLDS)) {
+        return;
+    }
+    SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
+    if (!exists(database, HAS_HOLDS)) { // another process may have been quicker
+        database.exec("ALTER TABLE orders ADD COLUMN holds TEXT NOT NULL DEFAULT ''");
+    }
+    transaction.commit();
+}
 
 std::string make_state_folder(const Paths& paths)
 {
@@ -54,6 +71,7 @@ Store::Store(const Paths& paths)
       database_(make_state_folder(paths), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_MS)
 {
     database_.exec(SCHEMA);
+    add_missing_columns(database_);
 }
 
 void Store::change(const std::function<void()>& work)
@@ -164,5 +182,6 @@ std::string Store::cloud_owner()
 void Store::clear()
 {
     database_.exec("DELETE FROM accounts; DELETE FROM groups; DELETE FROM remote_users;"
-                   "DELETE FROM cloud_owner; DELETE FROM orders; DELETE FROM sqlite_sequence");
+                   "DELETE FROM cloud_owner; DELETE FROM orders; DELETE FROM chaos; DELETE FROM "
+                   "sqlite_sequence");
 }

@@ -44,7 +44,7 @@ class Store {
     void delete_remote_user(const std::string& name);
     /** The empty name: none. */
     void set_cloud_owner(const std::string& name);
-    /** Removes everything, orders included. */
+    /** Removes everything, orders and plan included. */
     void clear();
 
     // In any case; sorted by name, groups by id:

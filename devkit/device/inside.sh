@@ -84,16 +84,16 @@ start_journal() {
 
 start_daemon() {
     unset "${!BOXWELLD_@}"
-    start boxwelld /run/boxwelld.sock boxwelld serve
+    start boxwelld /run/boxwelld.sock bash "$DEVICE_HOME/lib/keep_daemon.sh"
     daemon=$started
     boxwelld seed "$DEVICE_SEED" >/run/.seed.log 2>&1 || fail "boxwelld refused $DEVICE_SEED" /run/.seed.log
 }
 
-# The daemon ends as it would on a device, so that what a sanitizer has found in it is seen.
-# One that a test has ended before is none of the launcher's business.
+# The daemon ends as it would on a device, so that what a sanitizer has found in it is seen, and in one
+# that failed before. That a test has ended or killed it is none of the launcher's business.
 stop_daemon() {
     local status=0
-    kill -TERM "$daemon" 2>/dev/null || return 0
+    kill -TERM "$daemon" 2>/dev/null || true
     wait "$daemon" || status=$?
     [ "$status" -eq 0 ] || fail "boxwelld ended with status $status" /run/.boxwelld.log
 }

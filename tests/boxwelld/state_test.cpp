@@ -3,8 +3,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <sstream>
 
@@ -63,6 +65,42 @@ TEST(Seed, TakesWhatShowPrintsAndBeginsAnew)
     EXPECT_EQ(call(add_user("zoe")).result, 0) << "orders are cleared";
 }
 
+/** A request that is carried out, one that is late and one without a reply, behind one of before there were times. */
+TEST(Transcript, TellsWhenARequestCameAndHowLongTheReplyTook)
+{
+    Daemon daemon;
+    daemon.stop(SIGTERM);
+    daemon.write("state/transcript.jsonl", R"({"request": "old", "reply": null, "order": "fail"})"
+                                           "\n{\"request\": \"cut of");
+    EXPECT_EQ(Json::parse(daemon.run("transcript --json").output).size(), 1) << "the other is not whole";
+    daemon.start();
+    const std::time_t before = time(nullptr);
+    call(find_user("bob"));
+    daemon.run("order delay 20");
+    call(find_user("bob"));
+    daemon.run("order fail");
+    call(find_user("bob"));
+    const Json all = Json::parse(daemon.run("transcript --json").output);
+    ASSERT_EQ(all.size(), 4);
+    EXPECT_EQ(all[0], Json::parse(R"({"n": 1, "time": null, "milliseconds": null, "request": "old", "reply": null,
+        "order": "fail"})"));
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        const std::string text = all[i].at("time");
+        tm parts{};
+        EXPECT_THAT(text, MatchesRegex(R"(....-..-..T..:..:..\....Z)"));
+        strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+        EXPECT_GE(timegm(&parts), before);
+        EXPECT_LE(timegm(&parts), time(nullptr));
+    }
+    EXPECT_GE(all[1].at("milliseconds"), 0);
+    EXPECT_GE(all[2].at("milliseconds"), 20);
+    EXPECT_EQ(all[3].at("milliseconds"), Json());
+    const std::string text = daemon.run("transcript").output;
+    EXPECT_THAT(text,
+        MatchesRegex("--- 1\nordered: fail\nold\n\\(no reply\\)\n--- 2, ....-..-.. ..:..:..\\.... UTC, "
+                     "[0-9]+\\.[0-9] ms\n<(.|\n)*\n--- 4, ....-..-.. ..:..:..\\.... UTC\nordered: fail\n(.|\n)*"));
+}
+
 TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
 {
     constexpr std::size_t COUNT = 5000;
@@ -78,7 +116,7 @@ TEST(Transcript, OfADeepRequestIsNoLongerThanItsLines)
 
 TEST(Commands, BadUseIsOneLineAndAStatus)
 {
-    const std::string commands = ": there are serve, seed, show, transcript, order";
+    const std::string commands = ": there are serve, seed, show, transcript, order, chaos, send, revive";
     const std::string counts = " not in range 0 to 2147483647";
     const struct {
         const char* arguments;
@@ -88,17 +126,41 @@ TEST(Commands, BadUseIsOneLineAndAStatus)
         {"", 2, "which command?" + commands},
         {"frobnicate", 2, "unknown command frobnicate" + commands},
         {"--frobnicate", 2, "unknown option --frobnicate" + commands},
+        {"send", 2, "FILE is required"},
+        {"send /nowhere", 1, "/nowhere: No such file or directory"},
+        {"revive now", 2, "The following argument was not expected: now"},
+        {"revive", 2, "this is no device: devkit/device/device starts one, whose daemon can be revived"},
         {"show all", 2, "The following argument was not expected: all"},
         {"--state", 2, "--state: 1 required TEXT missing"},
         {"seed", 2, "FILE is required"},
         {"seed /nowhere", 1, "/nowhere: No such file or directory"},
-        {"order maybe", 2, "KIND: maybe not in {refuse,refuse-bare,reply,no-reply,cut,fail,die,clear}"},
+        {"order maybe", 2, "KIND: maybe not in {refuse,refuse-bare,reply,no-reply,cut,delay,hang,fail,die,list,clear}"},
         {"order refuse", 2, "order refuse: needs a TEXT"},
         {"order fail text", 2, "order fail: takes no TEXT"},
         {"order cut x", 2, "order cut: needs a number of bytes"},
+        {"order delay", 2, "order delay: needs a TEXT"},
+        {"order delay 1s", 2, "order delay: needs a number of milliseconds"},
+        {"order delay 1000000000", 2, "order delay: needs a number of milliseconds"},
+        {"order hang 5", 2, "order hang: takes no TEXT"},
+        {"order fail --for ''", 2, "--for: it is empty"},
+        {"order list --for x", 2, "order list: takes no --for"},
+        {"order clear --skip 1", 2, "order clear: takes no --skip"},
+        {"order list all", 2, "order list: takes no TEXT"},
+        {"order fail --json", 2, "order fail: takes no --json"},
         {"order cut 1 --skip -1", 2, "--skip: Value -1" + counts},
         {"order fail --count x", 2, "--count: Value x" + counts},
         {"order reply @/nowhere", 1, "/nowhere: No such file or directory"},
+        {"chaos --seed 1", 2, "chaos: needs a --rate, or off"},
+        {"chaos --rate 1", 2, "chaos: needs a --seed, or off"},
+        {"chaos on", 2, "OFF: on not in {off}"},
+        {"chaos off --count 1", 2, "chaos off: takes no --count"},
+        {"chaos --seed 1 --rate 0", 2, "--rate: Value 0 not in range 1 to 100"},
+        {"chaos --seed 1 --rate 101", 2, "--rate: Value 101 not in range 1 to 100"},
+        {"chaos --seed 1 --rate 0.5", 2, "--rate: Value 0.5 not in range 1 to 100"},
+        {"chaos --seed 4294967296 --rate 1", 2, "--seed: Value 4294967296 not in range 0 to 4294967295"},
+        {"chaos --seed 1 --rate 1 --count -1", 2, "--count: Value -1" + counts},
+        {"chaos --seed 1 --rate 1 --kinds cut,,die", 2,
+            "--kinds: unknown kind \"\": there are refuse,refuse-bare,no-reply,cut,delay,hang,fail,die"},
         {"serve --client-timeout 0", 2, "--client-timeout: Value 0 not in range 1 to 2147483647"},
         {"transcript --from -1", 2, "--from: Value -1 not in range 1 to 2147483647"},
         {"transcript --from 0", 2, "--from: Value 0 not in range 1 to 2147483647"},
@@ -129,8 +191,11 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
         {"show", "state"},
         {"transcript", "state"},
         {"order clear", "state passwd group"},
+        {"order list", "state"},
+        {"chaos off", "state passwd group"},
         {"seed /dev/null", "state passwd group"},
         {"serve", all},
+        {"send /dev/null", "socket"},
     };
     const Daemon daemon;
     for (const auto& [arguments, needed] : cases) {
@@ -156,7 +221,7 @@ TEST(Commands, OutsideOfADeviceTheFilesMustBeNamed)
 TEST(Commands, ThatReadMakeNothing)
 {
     const Daemon daemon;
-    for (const char* command : {"show", "transcript"}) {
+    for (const char* command : {"show", "transcript", "order list"}) {
         EXPECT_EQ(daemon.run(command + (" --state " + daemon.path("none"))).status, 1);
         EXPECT_FALSE(std::filesystem::exists(daemon.path("none"))) << command;
     }

@@ -97,6 +97,28 @@ owner() {
         broker run addremoteuser zoe --as \"\$1\"" | cut -d , -f 1 | paste -sd ' '
 }
 
+# The daemon dies, comes back, and has what it had.
+revive() {
+    boxwelld revive
+    boxwelld order reply kept --skip 1
+    boxwelld order die
+    broker run unregister | cut -d , -f 1
+    echo ? | boxwelld send - || boxwelld revive
+    for request in first second; do boxwelld send - <<<"$request" | cut -c 1-5; done
+    boxwelld transcript | sed -n 's/^ordered: //p'
+    kill "$(pgrep -P "$(</run/.boxwelld.pid)")"
+    while [ -e /run/boxwelld.sock ]; do sleep 0.01; done
+    boxwelld revive && boxwelld show | grep -c '@example.com$'
+}
+
+# A revived daemon that fails, killed as it may be.
+fail_revived() {
+    boxwelld order die
+    echo ? | boxwelld send -
+    boxwelld revive
+    kill -SEGV "$(pgrep -P "$(</run/.boxwelld.pid)")"
+}
+
 if text=$(device true 2>&1); then :; else
     echo "$text"
     exit 77
@@ -132,6 +154,18 @@ if [ "$way" != proot ]; then
 fi
 check 'a signal, no log file' '139 device: the command ended by SIGSEGV' \
     "$(complaint --no-log-file sh -c '[ ! -e /var/log/shbroker.log ] && kill -SEGV $$')"
+
+check 'a revived daemon' "boxwelld: a daemon is running already
+CODE_FAILED
+boxwelld: no daemon listens at /run/boxwelld.sock; boxwelld revive starts a device's again
+kept
+<?xml
+die
+reply kept
+3" "$(device bash -c "$(declare -f revive); revive" 2>&1)"
+check 'a revived daemon fails' '125 device: boxwelld ended with status N' \
+    "$(complaint bash -c "$(declare -f fail_revived); fail_revived 2>&1 >/dev/null | grep -v connection" |
+        sed 's/ device:   .*//; s/status [0-9]*/status N/')"
 
 # Whatever ends the launcher: the command's process, one that leaves its session and one that would
 # outlive the command.

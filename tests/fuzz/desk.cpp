@@ -104,24 +104,30 @@ FUZZ(transactions) // a request's text
     expectSame(status == "success" ? before : shown(), before, "state");
 }
 
-FUZZ(orders) // KIND SKIP COUNT on one byte; a line feed takes one
+FUZZ(orders) // KIND SKIP COUNT FOR on one byte; a line feed takes one by the request "", a tab by "x"
 {
     struct Waiting {
         std::string kind;
         int skip;
         int count;
+        std::string holds;
     };
     std::vector<Waiting> waiting;
     clear_orders(store());
     for (const char one : input.substr(0, 24)) {
-        if (one != '\n') {
-            waiting.push_back({std::string(1, one), one & 3, one >> 2 & 3});
-            place_order(store(), {waiting.back().kind, ""}, waiting.back().skip, waiting.back().count);
+        if (one != '\n' && one != '\t') {
+            const Waiting& order =
+                waiting.emplace_back(Waiting{std::string(1, one), one & 3, one >> 2 & 3, (one & 16) != 0 ? "x" : ""});
+            place_order(store(), {order.kind, ""}, order.skip, order.count, order.holds);
             continue;
         }
+        const std::string request = one == '\t' ? "x" : "";
         std::string expected = "none";
         bool is_taken = false;
         for (Waiting& order : waiting) {
+            if (request.size() < order.holds.size()) {
+                continue;
+            }
             if (order.skip > 0) {
                 --order.skip;
             } else if (!is_taken) {
@@ -131,7 +137,7 @@ FUZZ(orders) // KIND SKIP COUNT on one byte; a line feed takes one
             }
         }
         std::erase_if(waiting, [](const Waiting& order) { return order.count < 0; });
-        const auto taken = take_order(store());
+        const auto taken = take_order(store(), request);
         expectSame(taken ? taken->kind : "none", expected, "order");
     }
 }

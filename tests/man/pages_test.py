@@ -11,7 +11,7 @@ DEV = REPOSITORY / "dev"
 # Where a program's page is, and the words for which it has a help of its own.
 COMMANDS = {
     "broker.1": (PROGRAMS / "broker", ["run", "script", "hash", "state", "watch", "check", "explain", "story"]),
-    "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order"]),
+    "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order", "chaos", "send", "revive"]),
     "device.1": (REPOSITORY / "devkit/device/device", []),
 }
 OPTION = re.compile(r"(?<![\w-])--[a-z][a-z-]*")
@@ -137,7 +137,7 @@ for words, expected in {
 for name, words, expected in [
     ("broker", ["ru"], ["run"]), ("broker", ["run", "add"], ["addremoteuser", "adduser"]),
     ("broker", ["run", "--log-level", ""], [*"01234567"]), ("broker", ["run", "unregister", ""], []),
-    ("boxwelld", ["--state", "/x", "s"], ["seed", "serve", "show"]),
+    ("boxwelld", ["--state", "/x", "s"], ["seed", "send", "serve", "show"]),
     ("boxwelld", ["--"], ["--group", "--help", "--passwd", "--state"]),
     ("boxwelld", ["order", "re"], ["refuse", "refuse-bare", "reply"]),
     ("device", ["--way", ""], ["proot", "root", "userns"]), ("device", ["--", "-"], []),
