@@ -4,6 +4,7 @@
 #include "devkit/boxwelld/show.h"
 #include "devkit/boxwelld/transcript.h"
 #include "devkit/bwdclient/frame.h"
+#include "devkit/change.h"
 #include "devkit/on_device.h"
 
 #include <fcntl.h>
@@ -129,6 +130,7 @@ void add_state_commands(CLI::App& app, Options& options)
     seeding->callback([&options] {
         Store store = open_store(options);
         const std::string text = read_text(options.file);
+        const Change change;
         seed(store, text);
         clear_transcript(options.paths);
     });
@@ -175,6 +177,7 @@ void add_order_command(CLI::App& app, Options& options)
     command->callback([&options, text] {
         check_order(options.order, text->count() > 0);
         Store store = open_store(options);
+        const Change change;
         if (options.order.kind == "clear") {
             clear_orders(store);
         } else {

@@ -5,6 +5,7 @@
 #include "devkit/boxwelld/transactions.h"
 #include "devkit/boxwelld/transcript.h"
 #include "devkit/bwdclient/frame.h"
+#include "devkit/change.h"
 
 #include <poll.h>
 #include <signal.h>
@@ -110,6 +111,7 @@ void record(const Paths& paths, const Exchange& exchange)
 
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
+    const Change change;
     const std::optional<Order> order = take_order(store);
     Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
     record(
