@@ -67,15 +67,15 @@ lay_tools() {
     fi
 }
 
-# start NAME SOCKET COMMAND...: in a session of its own, where a terminal's signals do not reach it;
-# leaves the process in `started`.
+# start NAME SOCKET COMMAND...: in a session of its own, where a terminal's signals do not reach it, and for
+# as long as this process lives; leaves the process in `started`.
 start() {
     local name=$1 socket=$2 log=/run/.$1.log end=$((SECONDS + 20))
     shift 2
     (
         exec {errors}>&- {KEEPER_FD}>&-
         [ -z "$DEVICE_STATE" ] || exec {AGENT_FD}>&-
-        exec setsid "$@"
+        exec setpriv --pdeathsig KILL setsid "$@"
     ) </dev/null >"$log" 2>&1 &
     started=$!
     echo "$started" >"/run/.$name.pid"

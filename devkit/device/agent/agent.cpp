@@ -16,7 +16,9 @@
 #include "devkit/device/agent/signals.h"
 
 #include <fcntl.h>
+#include <linux/close_range.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -130,6 +132,9 @@ int serve(const Own& own)
     if (fcntl(listener.get(), F_SETFD, FD_CLOEXEC) != 0) {
         throw_errno("AGENT_FD");
     }
+    // Commands do not hold what the device has open: the lock of its state is one of these.
+    close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     const Fd signals = block_signals({SIGTERM, SIGCHLD});
     std::set<pid_t> clients;
     for (;;) {
@@ -150,6 +155,7 @@ int serve(const Own& own)
         Fd client(accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
         const pid_t child = client.get() < 0 ? -1 : fork();
         if (child == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
             attend(std::move(client), own);
             std::_Exit(0);
         }

@@ -5,6 +5,7 @@
 
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -44,6 +45,7 @@ void set_environment(const Request& request, const Own& own)
 [[noreturn]] void become(Request& request, const Own& own, bool on_terminal)
 {
     setsid();
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (on_terminal) {
         ioctl(request.streams[0].get(), TIOCSCTTY, 0);
     }

@@ -94,7 +94,9 @@ enter_proot() {
         removes+=(--remove "$path")
     done
     export DEVICE_TREE=$tree PROOT_LOADER=$tree/loader
-    exec "${STARTER[@]}" "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
+    # What proot traces does not end with proot, as what is in namespaces ends with them.
+    exec "${STARTER[@]}" "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" \
+        setpriv --pdeathsig KILL "$DEVICE_HOME/inside.sh" "$@"
 }
 
 # copy_loader FILE: proot writes the program that starts others into the temporary folder, and leaves it
