@@ -100,6 +100,7 @@ class Terminal:
     def status(self):
         while self.see("\0"):
             pass
+        os.close(self.keys)
         return os.waitstatus_to_exitcode(os.waitpid(self.process, 0)[1])
 
 
@@ -116,6 +117,10 @@ def check_terminal():
     terminal.type("boxwelld sh\t\rexit 9\r", "accounts")
     check("the status of the shell", 9, terminal.status())
     check("the history", True, "stty size" in ask("one", f"cat {STATES}/one/history"))
+    terminal = Terminal(*command("exec", "one", "sh", "-c", "echo up; exec cat"))  # which asks for no terminal
+    check("a command at a terminal", True, "up" in terminal.see("up"))
+    terminal.type("\x03", "^C")
+    check("Ctrl-C", 130, terminal.status())
     # It asked for a device and goes, and the device stays.
     terminal = Terminal("/bin/sh", "-c", f"{LAUNCHER} start --quiet --build {BUILD} far && echo up; sleep 1000")
     check("started at a terminal", True, "up" in terminal.see("up"))

@@ -40,8 +40,9 @@ Conversation::Conversation(Fd agent)
 {
 }
 
-int Conversation::hold()
+int Conversation::hold(const Request& request)
 {
+    send_request(agent_, request);
     for (bool goes_on = true; goes_on;) {
         const short to_write = keys_.empty() ? 0 : POLLOUT;
         const int keyboard = raw_ && keys_.empty() ? STDIN_FILENO : -1;

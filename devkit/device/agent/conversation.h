@@ -9,11 +9,12 @@
 
 class Conversation {
   public:
-    /** With an agent that has the request. */
+    /** With an agent; from here on signals are the command's. */
     explicit Conversation(Fd agent);
 
-    /** Shows the command's terminal, if it has one, until it ends; its exit status. */
-    int hold();
+    /** Has the command run, and shows its terminal, if it has one, until it ends; its exit status.
+     */
+    int hold(const Request& request);
 
   private:
     bool hear_agent();

@@ -44,8 +44,12 @@ int run(int argc, char** argv)
         return 2;
     }
     Fd agent = connect_in(argv[1]);
-    send_request(agent, read_request(argc, argv));
-    return kind == "stop" ? 0 : Conversation(std::move(agent)).hold();
+    const Request request = read_request(argc, argv);
+    if (kind == "run") {
+        return Conversation(std::move(agent)).hold(request);
+    }
+    send_request(agent, request);
+    return 0;
 }
 
 } // namespace
