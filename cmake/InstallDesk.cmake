@@ -4,6 +4,7 @@ set(SYSCMD_DESK_DIR lib/syscmd-desk CACHE STRING "Folder of the desk, below the 
 set(programs ${SYSCMD_DESK_DIR}/programs)
 
 install(PROGRAMS devkit/device/device devkit/device/demo devkit/device/inside.sh
+    devkit/device/between-operations.sh devkit/device/snapshot
     DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 install(DIRECTORY devkit/device/lib devkit/device/life
     DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
@@ -13,7 +14,7 @@ install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCM
 
 # The plug-in finds the client library by the path of the program that loads it.
 set_target_properties(broker plugin-trial bwdrecord PROPERTIES INSTALL_RPATH $ORIGIN)
-install(TARGETS broker boxwelld device-keeper plugin-trial RUNTIME DESTINATION ${programs} COMPONENT desk)
+install(TARGETS broker boxwelld device-agent device-exec device-keeper plugin-trial RUNTIME DESTINATION ${programs} COMPONENT desk)
 install(TARGETS bwdrecord proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
 if(NOT BWDCLIENT_LIBRARY)
     install(TARGETS bwdclient LIBRARY DESTINATION ${programs} COMPONENT desk)

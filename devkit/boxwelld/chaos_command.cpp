@@ -1,5 +1,6 @@
 #include "devkit/boxwelld/chaos.h"
 #include "devkit/boxwelld/command_line.h"
+#include "devkit/change.h"
 
 #include <memory>
 
@@ -34,6 +35,7 @@ void carry_out(Given& given, const Files& files)
 {
     check(given);
     Store store = open_store(files);
+    const Change change;
     if (!given.off.empty()) {
         end_chaos(store);
         return;

@@ -3,6 +3,7 @@
 #include "devkit/boxwelld/server.h"
 #include "devkit/boxwelld/show.h"
 #include "devkit/boxwelld/transcript.h"
+#include "devkit/change.h"
 
 #include <cstdio>
 #include <memory>
@@ -63,6 +64,7 @@ void add_state_commands(CLI::App& app, Options& options)
     seeding->callback([&options] {
         Store store = open_store(options.files);
         const std::string text = read_text(options.file);
+        const Change change;
         seed(store, text);
         clear_transcript(options.files.paths);
     });

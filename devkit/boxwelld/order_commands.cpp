@@ -1,6 +1,7 @@
 #include "devkit/boxwelld/command_line.h"
 #include "devkit/boxwelld/order_list.h"
 #include "devkit/boxwelld/orders.h"
+#include "devkit/change.h"
 
 #include <memory>
 
@@ -68,6 +69,7 @@ void carry_out(Given& given, const Files& files)
         order.text = read_text(order.text.substr(1));
     }
     Store store = open_store(files);
+    const Change change;
     if (given.is_clear()) {
         clear_orders(store);
     } else {

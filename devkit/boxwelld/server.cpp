@@ -5,6 +5,7 @@
 #include "devkit/boxwelld/transactions.h"
 #include "devkit/boxwelld/transcript.h"
 #include "devkit/bwdclient/frame.h"
+#include "devkit/change.h"
 
 #include <poll.h>
 #include <signal.h>
@@ -124,6 +125,7 @@ void record(const Paths& paths, const Exchange& exchange)
 
 Outcome answer(Store& store, const Paths& paths, const std::string& request)
 {
+    const Change change;
     const auto came = std::chrono::system_clock::now();
     const auto begin = std::chrono::steady_clock::now();
     const std::optional<Order> order = take_order(store, request);

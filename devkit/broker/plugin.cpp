@@ -2,6 +2,7 @@
 
 #include "devkit/broker/base64.h"
 #include "devkit/broker/transaction.h"
+#include "devkit/change.h"
 
 #include <dlfcn.h>
 
@@ -53,6 +54,7 @@ Answer Plugin::run(const Command& command) const
 {
     auto* execute = symbol<Execute>("execute");
     Transaction transaction(command);
+    const Change change;
     const auto begin = std::chrono::steady_clock::now();
     execute(&transaction);
     const std::chrono::duration<double, std::milli> spent =

@@ -37,6 +37,7 @@ lay_tree() {
     lay -t tmpfs -o mode=755 tmpfs /run
     mkdir "$tree"
     fill_tree "$tree"
+    lay_kept "$tree"
     lay --bind "$tree/passwd" /etc/passwd
     lay --bind "$tree/group" /etc/group
     lay_tools "$tree"
@@ -45,6 +46,15 @@ lay_tree() {
     mount -t cgroup2 -o ro cgroup2 /sys/fs/cgroup 2>/dev/null || true
     for mount in "${DEVICE_MOUNTS[@]}"; do
         lay --rbind "$tree/${mount%%:*}" "${mount#*:}"
+    done
+}
+
+# Over the tree's own, what a device that stays has kept.
+lay_kept() {
+    local part
+    [ -n "$DEVICE_STATE" ] || return 0
+    for part in "${KEPT_PARTS[@]}"; do
+        mount --bind "$(part_of "$1" "$part")" "$1/$part"
     done
 }
 
@@ -57,14 +67,15 @@ lay_tools() {
     fi
 }
 
-# start NAME SOCKET COMMAND...: in a session of its own, where a terminal's signals do not reach it;
-# leaves the process in `started`.
+# start NAME SOCKET COMMAND...: in a session of its own, where a terminal's signals do not reach it, and for
+# as long as this process lives; leaves the process in `started`.
 start() {
     local name=$1 socket=$2 log=/run/.$1.log end=$((SECONDS + 20))
     shift 2
     (
         exec {errors}>&- {KEEPER_FD}>&-
-        exec setsid "$@"
+        [ -z "$DEVICE_STATE" ] || exec {AGENT_FD}>&-
+        exec setpriv --pdeathsig KILL setsid "$@"
     ) </dev/null >"$log" 2>&1 &
     started=$!
     echo "$started" >"/run/.$name.pid"
@@ -78,6 +89,7 @@ start() {
 start_journal() {
     # Nothing of the caller's environment is meant for the journal.
     start systemd-journald /run/systemd/journal/socket env -i "PATH=$PATH" /lib/systemd/systemd-journald
+    journal=$started
     journalctl --sync >/run/.sync.log 2>&1 || fail 'systemd-journald does not answer' /run/.sync.log
     export DEVICE_JOURNAL=/run/log/journal
 }
@@ -86,8 +98,12 @@ start_daemon() {
     unset "${!BOXWELLD_@}"
     start boxwelld /run/boxwelld.sock bash "$DEVICE_HOME/lib/keep_daemon.sh"
     daemon=$started
+    ! is_seeded || return 0
     boxwelld seed "$DEVICE_SEED" >/run/.seed.log 2>&1 || fail "boxwelld refused $DEVICE_SEED" /run/.seed.log
 }
+
+# Whether the device has been before.
+is_seeded() { [ -n "$DEVICE_STATE" ] && [ -e "$DEVICE_STATE/machine/seeded" ]; }
 
 # The daemon ends as it would on a device, so that what a sanitizer has found in it is seen, and in one
 # that failed before. That a test has ended or killed it is none of the launcher's business.
@@ -96,6 +112,13 @@ stop_daemon() {
     kill -TERM "$daemon" 2>/dev/null || true
     wait "$daemon" || status=$?
     [ "$status" -eq 0 ] || fail "boxwelld ended with status $status" /run/.boxwelld.log
+}
+
+# What is kept of the journal is complete.
+stop_journal() {
+    journalctl --sync || true
+    kill -TERM "$journal" 2>/dev/null || return 0
+    wait "$journal" || true
 }
 
 # What programs need that run under proot. A leak check traces its process, as proot does already;
@@ -127,7 +150,10 @@ cd "$directory"
 PATH=$DEVICE_BUILD:$PATH
 start_journal
 start_daemon
-write_owner_file
+if ! is_seeded; then
+    write_owner_file
+    [ -z "$DEVICE_STATE" ] || : >"$DEVICE_STATE/machine/seeded"
+fi
 
 # Ctrl-C is the command's; what it makes of it is its status.
 trap : INT
@@ -136,7 +162,7 @@ set +e
 exec 2>/dev/null
 (
     exec 2>&"$errors" {errors}>&- {KEEPER_FD}>&-
-    unset DEVICE_HOME DEVICE_BUILD DEVICE_SEED DEVICE_LOG_FILE KEEPER_FD
+    unset DEVICE_HOME DEVICE_BUILD DEVICE_SEED DEVICE_LOG_FILE DEVICE_STATE KEEPER_FD
     exec "$@"
 )
 status=$?
@@ -145,4 +171,5 @@ if [ "$status" -gt 128 ] && signal=$(kill -l "$status"); then
 fi
 set -e
 stop_daemon
+[ -z "$DEVICE_STATE" ] || stop_journal
 report "$status"

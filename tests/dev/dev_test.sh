@@ -48,6 +48,7 @@ for command in setup size lint help; do
 done
 
 check abi '1 dev: abi takes --update alone: --update x' "$(dev abi --update x)"
+check desk '1 dev: desk takes one name: x y' "$(dev desk --way proot x y)"
 
 builds
 check 'an unknown build' "1 dev: no preset armhf-sysroot; cmake --list-presets tells what there is" \

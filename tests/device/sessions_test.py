@@ -3,7 +3,8 @@
 
 A session is a fenced block that begins with "$ ". It runs in one shell, on a fresh device, in a folder
 of its own; a block whose fence says "text NAME" is a file there. A session with a line "…" leaves
-something out: its parts stand, in this order, in what the full demo tells.
+something out: its parts stand, in this order, in what the demo tells. One whose fence says "desk" runs on
+the machine, where `device` is the launcher and the devices that stay are the session's own.
 """
 import difflib
 import functools
@@ -34,14 +35,34 @@ def normalised(text):
     return [line.rstrip() for line in text.splitlines()]
 
 
-def output_of(command, folder=None):
+def output_of(command, folder=None, environment=None):
     return subprocess.run(
-        command, cwd=folder, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
         stderr=subprocess.STDOUT, text=True, check=False
     ).stdout
 
 
-def replay(devkit, build, session, files):
+LAUNCHER = """#!/bin/sh
+case $1 in start) shift && set -- start --build {build} "$@" ;; esac
+exec {devkit}/device/device "$@"
+"""
+
+
+def on_desk(devkit, build, script, folder):
+    """What the script prints on the machine, with devices whose state is in the folder."""
+    states, programs = os.path.join(folder, "states"), os.path.join(folder, "programs")
+    os.mkdir(programs)
+    with open(os.path.join(programs, "device"), "w", encoding="utf-8", opener=executable) as file:
+        file.write(LAUNCHER.format(devkit=shlex.quote(devkit), build=shlex.quote(build)))
+    environment = {**os.environ, "XDG_STATE_HOME": states, "PATH": f"{programs}:{os.environ['PATH']}"}
+    return output_of(["bash", "-c", f"{script}\ndevice stop --all"], folder, environment)
+
+
+def executable(path, flags):
+    return os.open(path, flags, 0o755)
+
+
+def replay(devkit, build, session, files, desk):
     """The session's commands, each with what it prints below it."""
     script = ""
     for command in re.findall(r"^\$ (.*)$", session, re.MULTILINE):
@@ -50,6 +71,8 @@ def replay(devkit, build, session, files):
         for name, text in files.items():
             with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
                 file.write(text)
+        if desk:
+            return normalised(on_desk(devkit, build, script, folder))
         device = [f"{devkit}/device/device", "--quiet", "--build", build]
         return normalised(output_of([*device, "bash", "-c", script], folder))
 
@@ -77,15 +100,15 @@ def check(document, devkit, build):
     with open(document, encoding="utf-8") as file:
         blocks = BLOCK.findall(file.read())
     files = {info.split()[1]: text for info, text in blocks if re.fullmatch(r"text \S+", info)}
-    sessions = [text for _, text in blocks if text.startswith("$ ")]
+    sessions = [(info, text) for info, text in blocks if text.startswith("$ ")]
     false = 0
-    for session in sessions:
+    for info, session in sessions:
         parts = [normalised(part) for part in ELLIPSIS.split(session)]
         shown = sum(parts, [])
         if len(parts) > 1:
             actual = told(parts, story(devkit, build))
         else:
-            actual = replay(devkit, build, session, files)
+            actual = replay(devkit, build, session, files, info == "desk")
         difference = list(difflib.unified_diff(shown, actual, document, "device", lineterm=""))
         print(*difference, sep="\n", end="\n" if difference else "")
         false += bool(difference)

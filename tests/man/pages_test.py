@@ -12,7 +12,8 @@ DEV = REPOSITORY / "dev"
 COMMANDS = {
     "broker.1": (PROGRAMS / "broker", ["run", "script", "hash", "state", "watch", "check", "explain", "story"]),
     "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order", "chaos", "send", "revive"]),
-    "device.1": (REPOSITORY / "devkit/device/device", []),
+    "device.1": (REPOSITORY / "devkit/device/device",
+                 ["start", "stop", "list", "shell", "exec", "log", "snapshot", "remove"]),
 }
 OPTION = re.compile(r"(?<![\w-])--[a-z][a-z-]*")
 failures = []
@@ -105,14 +106,14 @@ def offers(name, *words):
 
 def check_completion(name, program, words):
     """At each place what that place's help has; an option's argument is no word of the program."""
-    check(f"completion of {name}", sorted(words), offers(name, "") if words else [])
-    places = [[word] for word in words] or [[]]
+    check(f"completion of {name}", sorted(words), offers(name, ""))
+    places = [[word] for word in words]
     for place in places:
         text = output(program, *place, "--help")
         if name == "broker":  # one help for all
             text = next(usage for usage in usages(text, name) if f"{name} {place[0]}" in usage)
         check(f"completion of {name} {place} --", sorted({*OPTION.findall(text), "--help"}),
-              [word for word in offers(name, *place, "--") if word not in ("--state", "--passwd", "--group")])
+              [word for word in offers(name, *place, "--") if name != "boxwelld" or word not in ("--state", "--passwd", "--group")])
 
 
 for page, (program, words) in COMMANDS.items():
@@ -130,7 +131,7 @@ for words, expected in {
     ("build", ""): PRESETS, ("clean", "armhf-"): [word for word in PRESETS if word.startswith("armhf-")],
     ("abi", ""): ["--update"], ("test", "--"): ["--all", "--target", "--way"], ("test", "--target", ""): ["armhf"],
     ("package", ""): ["armhf"], ("demo", "--way", ""): ["proot", "root", "userns"],
-    ("soak", "--"): ["--only", "--seed", "--way"],
+    ("soak", "--"): ["--only", "--seed", "--way"], ("desk", "--"): ["--way"],
     ("fuzz", "l"): [path.name for path in (REPOSITORY / "tests/fuzz/corpus").glob("l*")],
 }.items():
     check(f"completion of dev {words}", sorted(expected), offers("dev", *words))
@@ -141,6 +142,8 @@ for name, words, expected in [
     ("boxwelld", ["--"], ["--group", "--help", "--passwd", "--state"]),
     ("boxwelld", ["order", "re"], ["refuse", "refuse-bare", "reply"]),
     ("device", ["--way", ""], ["proot", "root", "userns"]), ("device", ["--", "-"], []),
+    ("device", ["--"], ["--build", "--help", "--no-log-file", "--quiet", "--seed", "--way"]),
+    ("device", ["start", "--way", "p"], ["proot"]), ("device", ["exec", "x", "boxwelld", "--"], []),
 ]:
     check(f"completion of {name} {words}", expected, offers(name, *words))
 sys.exit(bool(failures))

@@ -46,13 +46,21 @@ strongest_way() {
     return 1
 }
 
+# find_own_root: leaves in `own_root` what runs a command as the root that a device of this caller's has.
+find_own_root() {
+    own_root=()
+    if [ "$(id -u)" -eq 0 ]; then return; fi
+    own_root=(unshare "${USER_NAMESPACE[@]:0:2}")
+    "${own_root[@]}" true 2>/dev/null || own_root=(proot -0 -v -1)
+}
+
 # enter WAY SEEN... -- WRITABLE... -- COMMAND...: becomes the device.
 enter() {
     local way=$1
     shift
     case $way in
-        root) exec "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
-        userns) exec "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
+        root) exec "${STARTER[@]}" "$KEEPER" "${NAMESPACES[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
+        userns) exec "${STARTER[@]}" "$KEEPER" "${NAMESPACES[@]}" "${USER_NAMESPACE[@]}" "$DEVICE_HOME/inside.sh" "$@" ;;
         proot) enter_proot "$@" ;;
     esac
 }
@@ -71,10 +79,10 @@ enter_proot() {
     install -m 755 "$DEVICE_HOME/files/journalctl" "$tree/bin/journalctl"
     cp "$DEVICE_BUILD/libproot-sockets.so" "$tree/run/.proot-sockets.so"
     copy_loader "$tree/loader"
-    binds=(-b "$tree/passwd:/etc/passwd" -b "$tree/group:/etc/group" -b "$tree/bin:/usr/bin"
-        -b "/usr/bin:$REAL_TOOLS")
-    for mount in "${DEVICE_MOUNTS[@]}"; do
-        binds+=(-b "$tree/$mount")
+    binds=(-b "$(part_of "$tree" passwd):/etc/passwd" -b "$(part_of "$tree" group):/etc/group"
+        -b "$tree/bin:/usr/bin" -b "/usr/bin:$REAL_TOOLS")
+    for mount in "${DEVICE_MOUNTS[@]}" run/log/journal:/run/log/journal; do
+        binds+=(-b "$(part_of "$tree" "${mount%%:*}"):${mount#*:}")
     done
     for path in "$@"; do
         [ "$path" != -- ] || break
@@ -86,7 +94,9 @@ enter_proot() {
         removes+=(--remove "$path")
     done
     export DEVICE_TREE=$tree PROOT_LOADER=$tree/loader
-    exec "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" "$DEVICE_HOME/inside.sh" "$@"
+    # What proot traces does not end with proot, as what is in namespaces ends with them.
+    exec "${STARTER[@]}" "$KEEPER" --proot "${removes[@]}" proot -0 -v -1 "${binds[@]}" \
+        setpriv --pdeathsig KILL "$DEVICE_HOME/inside.sh" "$@"
 }
 
 # copy_loader FILE: proot writes the program that starts others into the temporary folder, and leaves it
