@@ -1,6 +1,7 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
 #include "devkit/broker/record/recorder.h"
+#include "devkit/broker/replay/replay.h"
 #include "devkit/broker/report.h"
 #include "devkit/on_device.h"
 
@@ -20,11 +21,13 @@ constexpr int EXIT_BAD_USE = 2;
 constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json]
        broker script FILE|- [--plugin PATH] [--record FILE] [--json]
+       broker replay FILE [--against PLUGIN] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker check LIBRARY [--json] [--profile NAME]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
+replay  makes the commands of a recording again and tells how requests, statements and answers differ
 hash    prints a password's hash pair as the operations take it
 check   tells whether a file is a plug-in that a device's broker can load, what is wrong with it and how to
         mend it; NAME is whose broker: armhf, armhf-strict or desk (default: by the file's machine)
@@ -33,8 +36,8 @@ A lone -- ends the options. --record adds each command, the transactions that it
 said and what changed to FILE (docs/formats-recording.md). PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
-Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY and nothing is found, 1 when not, 2 for bad
-use.
+Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found, and all came as recorded, 1
+when not, 2 for bad use.
 )";
 
 using Words = std::vector<std::string>;
@@ -132,6 +135,20 @@ int script(const Words& words)
     return exit_status(all_carried_out);
 }
 
+int replay(const Words& words)
+{
+    const ReplayOptions options = parse_replay(words);
+    if (!on_device()) {
+        throw BadUse(
+            "this is no device, and replay sets its accounts: devkit/device/device starts one"
+        );
+    }
+    const std::string text = read_all(options.recording, options.recording);
+    const auto replayed = replay_recording(text, options.recording, options.against);
+    print(options.json ? text_of(as_json(replayed)) : for_people(replayed));
+    return exit_status(as_recorded(replayed));
+}
+
 int hash(const Words& words)
 {
     const Options options = parse_options(words);
@@ -170,6 +187,9 @@ int dispatch(const std::string& command, const Words& words)
     }
     if (command == "script") {
         return script(words);
+    }
+    if (command == "replay") {
+        return replay(words);
     }
     if (command == "hash") {
         return hash(words);

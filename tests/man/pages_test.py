@@ -10,7 +10,7 @@ REPOSITORY, PROGRAMS, PAGES = (Path(path) for path in sys.argv[1:])
 DEV = REPOSITORY / "dev"
 # Where a program's page is, and the words for which it has a help of its own.
 COMMANDS = {
-    "broker.1": (PROGRAMS / "broker", ["run", "script", "hash", "check"]),
+    "broker.1": (PROGRAMS / "broker", ["run", "script", "replay", "hash", "check"]),
     "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order"]),
     "device.1": (REPOSITORY / "devkit/device/device", []),
 }

@@ -23,7 +23,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr char EVENTS[] = "/var/lib/device/events.jsonl";
 constexpr time_t SESSION_SECONDS = 86400;
 constexpr uid_t FIRST_ACCOUNT = 1001;
 constexpr uid_t NOBODY = 65534;
@@ -114,7 +113,7 @@ void add_sessions(Facts& facts)
 
 void add_events(Facts& facts)
 {
-    std::ifstream events(EVENTS);
+    std::ifstream events(EVENTS_FILE);
     int number = 1;
     for (std::string line; std::getline(events, line); ++number) {
         const json arguments = json::parse(line, nullptr, false);
