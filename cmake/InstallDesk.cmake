@@ -15,7 +15,7 @@ install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCM
 # The plug-in finds the client library by the path of the program that loads it.
 set_target_properties(broker plugin-trial bwdrecord PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS broker boxwelld device-agent device-exec device-keeper plugin-trial RUNTIME DESTINATION ${programs} COMPONENT desk)
-install(TARGETS bwdrecord proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
+install(TARGETS bwdplayer bwdrecord proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
 if(NOT BWDCLIENT_LIBRARY)
     install(TARGETS bwdclient LIBRARY DESTINATION ${programs} COMPONENT desk)
 endif()

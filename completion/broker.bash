@@ -5,7 +5,7 @@ _broker_words() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} options
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        mapfile -t COMPREPLY < <(compgen -W 'run script hash state watch check explain story' -- "$word")
+        mapfile -t COMPREPLY < <(compgen -W 'run script replay hash state watch check explain story' -- "$word")
         return
     fi
     case $before in
@@ -17,7 +17,7 @@ _broker_words() {
             mapfile -t COMPREPLY < <(compgen -W 'armhf armhf-strict desk' -- "$word")
             return
             ;;
-        --plugin | --record | --output)
+        --plugin | --record | --output | --against)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
@@ -26,6 +26,7 @@ _broker_words() {
     case ${COMP_WORDS[1]} in
         run) options='--as --log-level --plugin --record --json --help' ;;
         script) options='--plugin --record --json --help' ;;
+        replay) options='--against --json --help' ;;
         hash) options='--plugin --help' ;;
         state | watch) options='--json --help' ;;
         check) options='--json --profile --help' ;;
@@ -35,7 +36,7 @@ _broker_words() {
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
-    elif [[ ${COMP_WORDS[1]} == @(script|check|explain|story) ]]; then
+    elif [[ ${COMP_WORDS[1]} == @(script|replay|check|explain|story) ]]; then
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
     elif [ "$COMP_CWORD" -eq 2 ] && [ "${COMP_WORDS[1]}" = run ]; then
         mapfile -t COMPREPLY < <(compgen -W 'adduser addremoteuser deleteuser updateuser upgradeusertosso

@@ -130,6 +130,20 @@ StoryOptions parse_story(const std::vector<std::string>& words)
     return options;
 }
 
+ReplayOptions parse_replay(const std::vector<std::string>& words)
+{
+    ReplayOptions options;
+    CLI::App app;
+    app.add_option("--against", options.against);
+    app.add_flag("--json", options.json);
+    const auto rest = parse(app, words);
+    if (rest.size() != 1) {
+        throw BadUse("expected one recording and nothing else");
+    }
+    options.recording = rest.front();
+    return options;
+}
+
 CheckOptions parse_check(const std::vector<std::string>& words)
 {
     CheckOptions options;

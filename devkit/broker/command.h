@@ -52,6 +52,20 @@ struct ScriptLine {
  */
 std::vector<ScriptLine> parse_script(const std::string& text, const std::string& name);
 
+/** What `broker replay` is asked. */
+struct ReplayOptions {
+    std::string recording;
+    std::string against; // empty: the plug-in beside the broker
+    bool json = false;
+};
+
+/**
+ * Reads FILE [--against PLUGIN] [--json].
+ *
+ * @throws BadUse
+ */
+ReplayOptions parse_replay(const std::vector<std::string>& words);
+
 /** What `broker state` and `broker watch` are asked. */
 struct LookOptions {
     bool json = false;

@@ -3,6 +3,7 @@
 #include "devkit/broker/explain/explain.h"
 #include "devkit/broker/page/page.h"
 #include "devkit/broker/record/recorder.h"
+#include "devkit/broker/replay/replay.h"
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
 #include "devkit/broker/terminal.h"
@@ -28,6 +29,7 @@ constexpr int EXIT_BAD_USE = 2;
 constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json]
        broker script FILE|- [--plugin PATH] [--record FILE] [--json]
+       broker replay FILE [--against PLUGIN] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker state [--json]
        broker watch [--json]
@@ -37,6 +39,7 @@ constexpr const char* USAGE =
 
 run     has the plug-in carry out one command; without --as it comes without credentials
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
+replay  makes the commands of a recording again and tells how requests, statements and answers differ
 hash    prints a password's hash pair as the operations take it
 state   shows the device's state: owner, accounts of daemon and system beside each other, remote users, sessions,
         and what of it does not agree
@@ -53,8 +56,8 @@ A lone -- ends the options. --record adds each command, the transactions that it
 said and what changed to FILE (docs/formats-recording.md). PATH is the plug-in, by default libsyscmd.so beside the broker; elsewhere
 than on a device (devkit/device/device starts one) run and script need it, since a plug-in works on
 the machine that it finds.
-Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found and everything agrees, 1 when
-not (explain: when there is no statement to explain), 2 for bad use.
+Exit status: 0 when every code is CODE_SUCCEED or CODE_NOREPLY, nothing is found, everything agrees and all came
+as recorded, 1 when not (explain: when there is no statement to explain), 2 for bad use.
 )";
 
 using Words = std::vector<std::string>;
@@ -165,6 +168,20 @@ int script(const Words& words)
     return exit_status(all_carried_out);
 }
 
+int replay(const Words& words)
+{
+    const ReplayOptions options = parse_replay(words);
+    if (!on_device()) {
+        throw BadUse(
+            "this is no device, and replay sets its accounts: devkit/device/device starts one"
+        );
+    }
+    const std::string text = read_all(options.recording, options.recording);
+    const auto replayed = replay_recording(text, options.recording, options.against);
+    print(options.json ? text_of(as_json(replayed)) : for_people(replayed));
+    return exit_status(as_recorded(replayed));
+}
+
 int hash(const Words& words)
 {
     const Options options = parse_options(words);
@@ -246,7 +263,7 @@ constexpr struct {
     std::string_view name;
     int (*carry_out)(const Words& words);
 } COMMANDS[] = {
-    {"run", run},     {"script", script}, {"hash", hash},       {"state", state},
+    {"run", run},     {"script", script}, {"replay", replay},   {"hash", hash},   {"state", state},
     {"watch", watch}, {"check", check},   {"explain", explain}, {"story", story},
 };
 

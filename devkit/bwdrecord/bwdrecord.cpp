@@ -110,8 +110,9 @@ void record_to(const char* file, const char* key)
     real = reinterpret_cast<Process*>(dlsym(RTLD_NEXT, "process_request_bwdclient"));
     forget_file();
     path[0] = '\0';
-    if (file != nullptr && std::strlen(file) < sizeof path) {
-        std::strcpy(path, file);
+    const std::size_t size = file == nullptr ? 0 : std::strlen(file) + 1;
+    if (size > 0 && size <= sizeof path) {
+        std::memcpy(path, file, size);
         pseudonym_key(key);
     }
 }

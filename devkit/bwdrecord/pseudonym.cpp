@@ -133,7 +133,9 @@ void pseudonym_key(const char* key)
     unsigned char block[BLOCK] = {};
     const std::size_t length = std::strlen(key);
     if (length <= BLOCK) {
-        std::memcpy(block, key, length);
+        for (std::size_t i = 0; i < length; ++i) {
+            block[i] = static_cast<unsigned char>(key[i]);
+        }
     } else {
         unsigned char digest[DIGEST];
         digest_of(digest, nullptr, key, length);

@@ -61,7 +61,7 @@ std::size_t add_character(char** to, const char* at, std::size_t left)
         const bool readable =
             character != static_cast<gunichar>(-1) && character != static_cast<gunichar>(-2);
         if (readable) {
-            const auto length = static_cast<std::size_t>(g_utf8_skip[byte]);
+            const std::size_t length = static_cast<unsigned char>(g_utf8_skip[byte]);
             std::memcpy(*to, at, length);
             *to += length;
             return length;

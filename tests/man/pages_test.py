@@ -10,7 +10,7 @@ REPOSITORY, PROGRAMS, PAGES = (Path(path) for path in sys.argv[1:])
 DEV = REPOSITORY / "dev"
 # Where a program's page is, and the words for which it has a help of its own.
 COMMANDS = {
-    "broker.1": (PROGRAMS / "broker", ["run", "script", "hash", "state", "watch", "check", "explain", "story"]),
+    "broker.1": (PROGRAMS / "broker", ["run", "script", "replay", "hash", "state", "watch", "check", "explain", "story"]),
     "boxwelld.8": (PROGRAMS / "boxwelld", ["serve", "seed", "show", "transcript", "order", "chaos", "send", "revive"]),
     "device.1": (REPOSITORY / "devkit/device/device",
                  ["start", "stop", "list", "shell", "exec", "log", "snapshot", "remove"]),

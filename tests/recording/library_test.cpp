@@ -283,7 +283,7 @@ TEST_F(Library, LimitsAndClosedStreamsAreNobodysAffair)
     const auto limited = [](const std::string& file) {
         record_to(file.c_str(), nullptr);
         outcome(TOLD[2], "fits");
-        for (const rlim_t size : {1500, 100}) { // lines are cut by the one, none fits beyond the other
+        for (const rlim_t size : {rlim_t{1500}, rlim_t{100}}) { // lines are cut by the one, none fits beyond the other
             const rlimit limit = {size, 1500};
             setrlimit(RLIMIT_FSIZE, &limit);
             for (int i = 0; i < 20; ++i)

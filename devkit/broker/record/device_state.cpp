@@ -10,8 +10,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr char EVENTS[] = "/var/lib/device/events.jsonl";
-
 void add_daemon(Facts& facts)
 {
     const json state = device::daemon_state();
@@ -56,7 +54,7 @@ void add_sessions(Facts& facts)
 
 void add_events(Facts& facts)
 {
-    std::ifstream events(EVENTS);
+    std::ifstream events(EVENTS_FILE);
     int number = 1;
     for (std::string line; std::getline(events, line); ++number) {
         const json arguments = json::parse(line, nullptr, false);
