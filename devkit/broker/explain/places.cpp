@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::string_view ALL = "";
+constexpr std::string_view ALL = "*";
 
 /** Where a function speaks. Handlers are not listed: they begin and end their operation. */
 constexpr struct {

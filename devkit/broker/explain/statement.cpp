@@ -137,7 +137,11 @@ cut_statement(const Location& location, std::string_view text, std::size_t least
         Fit fit(row, text);
         const auto said = may_stand_at(row, location) ? fit.beginning() : 0;
         if (said > least) {
-            best = Said{&row, nullptr, location.line, shown(row, fit.values()), true};
+            auto values = fit.values();
+            if (!values.empty()) {
+                values.pop_back(); // which goes on, or holds what the row says behind it
+            }
+            best = Said{&row, nullptr, location.line, shown(row, values), true};
             least = said;
         } else if (best && said == least) {
             best->row = nullptr;

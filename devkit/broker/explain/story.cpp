@@ -63,10 +63,10 @@ std::map<std::string_view, int> Story::phases_after(const Said& said) const
 /** Whether a statement names the account of its command, and that is not this one's. */
 bool Story::names_another(const Said& said) const
 {
-    const bool is_query = said.row->function == "GetUserData" && !may_be("updateuser");
-    const bool is_addition = said.row->function == "AddUser" && !said.value("username").empty();
-    return (names_account(*said.row) || is_addition || (is_query && !said.values.empty())) &&
-           !account_.empty() && !same_name(first_value(said), account_);
+    const bool names_it = names_account(*said.row) || said.row->function == "AddUser" ||
+                          (said.row->function == "GetUserData" && !may_be("updateuser"));
+    const std::string name = names_account(*said.row) ? first_value(said) : said.value("username");
+    return names_it && !name.empty() && !account_.empty() && !same_name(name, account_);
 }
 
 bool Story::knows(std::string_view name) const

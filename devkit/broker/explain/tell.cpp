@@ -36,8 +36,8 @@ std::string requester_of(const Story& story)
         return "somebody";
     }
     return named(story.login()) + (story.is_owner()    ? ", the owner,"
-                                    : story.is_member() ? ", a member,"
-                                                        : ", neither owner nor unlocked member,");
+                                   : story.is_member() ? ", a member,"
+                                                       : ", neither owner nor unlocked member,");
 }
 
 /** "adduser zoe", or what is known of that. */
