@@ -14,6 +14,10 @@ install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCM
 # The plug-in finds the client library by the path of the program that loads it.
 set_target_properties(broker plugin-trial PROPERTIES INSTALL_RPATH $ORIGIN)
 install(TARGETS broker boxwelld device-keeper plugin-trial RUNTIME DESTINATION ${programs} COMPONENT desk)
+if(TARGET broker-failing)
+    set_target_properties(broker-failing PROPERTIES INSTALL_RPATH $ORIGIN)
+    install(TARGETS broker-failing RUNTIME DESTINATION ${programs} COMPONENT desk)
+endif()
 install(TARGETS proot-sockets LIBRARY DESTINATION ${programs} COMPONENT desk)
 if(NOT BWDCLIENT_LIBRARY)
     install(TARGETS bwdclient LIBRARY DESTINATION ${programs} COMPONENT desk)

@@ -21,10 +21,10 @@ _broker_words() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --as) return ;;
+        --as | --fail) return ;;
     esac
     case ${COMP_WORDS[1]} in
-        run) options='--as --log-level --plugin --json --help' ;;
+        run) options='--as --log-level --plugin --json --fail --help' ;;
         script) options='--plugin --json --help' ;;
         hash) options='--plugin --help' ;;
         state) options='--json --help' ;;

@@ -64,6 +64,7 @@ Options parse_options(const std::vector<std::string>& words)
     app.add_option("--log-level", options.command.log_level)->check(CLI::Range(0, 7));
     app.add_option("--plugin", options.plugin);
     app.add_flag("--json", options.json);
+    app.add_option("--fail", options.faults)->allow_extra_args(false);
     options.command.words = parse(app, words);
     auto& credentials = options.command.credentials;
     if (credentials && credentials->find(':') == std::string::npos) {
@@ -94,6 +95,9 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
                 continue;
             }
             const Options options = parse_run(words);
+            if (!options.faults.empty()) {
+                throw BadUse("--fail is for broker run");
+            }
             if (options.json || !options.plugin.empty()) {
                 throw BadUse("--json and --plugin are the whole script's");
             }

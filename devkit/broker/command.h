@@ -23,11 +23,12 @@ struct Options {
     Command command;
     std::string plugin; // empty: the one beside the broker
     bool json = false;
+    std::vector<std::string> faults; // calls that are to fail, CALL:N[:ERRNO]
 };
 
 /**
- * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json], the options
- * anywhere before a lone "--".
+ * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json] [--fail
+ * CALL:N[:ERRNO]]..., the options anywhere before a lone "--".
  *
  * @throws BadUse
  */

@@ -1,9 +1,12 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
+#include "devkit/broker/output.h"
 #include "devkit/broker/report.h"
 #include "devkit/broker/state/show.h"
 #include "devkit/broker/terminal.h"
 #include "devkit/on_device.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -14,18 +17,16 @@
 
 namespace {
 
-constexpr int EXIT_CARRIED_OUT = 0;
-constexpr int EXIT_NOT_CARRIED_OUT = 1;
-constexpr int EXIT_BAD_USE = 2;
-
 constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--json]
+                  [--fail CALL:N[:ERRNO]]...
        broker script FILE|- [--plugin PATH] [--json]
        broker hash PASSWORD [--plugin PATH]
        broker state [--json]
        broker check LIBRARY [--json] [--profile NAME]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
+        --fail: the N-th CALL that the plug-in makes fails, with ERRNO; an unknown one tells those that there are
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 hash    prints a password's hash pair as the operations take it
 state   shows the device's state: owner, accounts of daemon and system beside each other, remote users, sessions,
@@ -42,17 +43,6 @@ not, 2 for bad use.
 
 using Words = std::vector<std::string>;
 
-void print(const std::string& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-int exit_status(bool all_carried_out)
-{
-    return all_carried_out ? EXIT_CARRIED_OUT : EXIT_NOT_CARRIED_OUT;
-}
-
 /** The plug-in for commands. */
 Plugin load(const Options& options)
 {
@@ -62,9 +52,30 @@ Plugin load(const Options& options)
     return Plugin(options.plugin);
 }
 
+/** Becomes the broker whose calls can fail. */
+[[noreturn]] void become_failing_broker(const Words& words)
+{
+    std::vector<std::string> arguments = {"broker", "run"};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+    const std::string program = beside_broker("broker-failing").string();
+    execv(program.c_str(), pointers.data());
+    throw BadUse(
+        "--fail needs " + program +
+        ", which a build for this machine makes: " + std::strerror(errno)
+    );
+}
+
 int run(const Words& words)
 {
     const Options options = parse_run(words);
+    if (!options.faults.empty()) {
+        become_failing_broker(words);
+    }
     const Answer answer = load(options).run(options.command);
     print(options.json ? text_of(as_json(options.command, answer)) : for_people(answer));
     return exit_status(carried_out(answer));
@@ -73,7 +84,8 @@ int run(const Words& words)
 /** The one argument of a command that takes options too, but none of a transaction's. */
 std::string only_argument(const Options& options, const char* what)
 {
-    if (options.command.words.size() != 1 || options.command.credentials) {
+    if (options.command.words.size() != 1 || options.command.credentials ||
+        !options.faults.empty()) {
         throw BadUse(std::string("expected one ") + what + " and nothing else");
     }
     return options.command.words.front();
