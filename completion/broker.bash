@@ -21,10 +21,10 @@ _broker_words() {
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --as) return ;;
+        --as | --fail) return ;;
     esac
     case ${COMP_WORDS[1]} in
-        run) options='--as --log-level --plugin --record --json --help' ;;
+        run) options='--as --log-level --plugin --record --json --fail --help' ;;
         script) options='--plugin --record --json --help' ;;
         replay) options='--against --json --help' ;;
         hash) options='--plugin --help' ;;

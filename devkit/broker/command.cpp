@@ -65,6 +65,7 @@ Options parse_options(const std::vector<std::string>& words)
     app.add_option("--plugin", options.plugin);
     app.add_option("--record", options.record);
     app.add_flag("--json", options.json);
+    app.add_option("--fail", options.faults)->allow_extra_args(false);
     options.command.words = parse(app, words);
     auto& credentials = options.command.credentials;
     if (credentials && credentials->find(':') == std::string::npos) {
@@ -95,6 +96,9 @@ std::vector<ScriptLine> parse_script(const std::string& text, const std::string&
                 continue;
             }
             const Options options = parse_run(words);
+            if (!options.faults.empty()) {
+                throw BadUse("--fail is for broker run");
+            }
             if (options.json || !options.plugin.empty() || !options.record.empty()) {
                 throw BadUse("--json, --plugin and --record are the whole script's");
             }

@@ -24,11 +24,12 @@ struct Options {
     std::string plugin; // empty: the one beside the broker
     std::string record; // empty: nothing is recorded
     bool json = false;
+    std::vector<std::string> faults; // calls that are to fail, CALL:N[:ERRNO]
 };
 
 /**
- * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json],
- * the options anywhere before a lone "--".
+ * Reads WORD... [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json]
+ * [--fail CALL:N[:ERRNO]]..., the options anywhere before a lone "--".
  *
  * @throws BadUse
  */

@@ -1,6 +1,7 @@
 /** The broker on a desk: loads the plug-in, has it carry out commands, prints the answers. */
 #include "devkit/broker/check/check.h"
 #include "devkit/broker/explain/explain.h"
+#include "devkit/broker/output.h"
 #include "devkit/broker/page/page.h"
 #include "devkit/broker/record/recorder.h"
 #include "devkit/broker/replay/replay.h"
@@ -10,6 +11,8 @@
 #include "devkit/broker/watch/watch.h"
 #include "devkit/broker/watch/watchers.h"
 #include "devkit/on_device.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -22,12 +25,9 @@
 
 namespace {
 
-constexpr int EXIT_CARRIED_OUT = 0;
-constexpr int EXIT_NOT_CARRIED_OUT = 1;
-constexpr int EXIT_BAD_USE = 2;
-
 constexpr const char* USAGE =
     R"(usage: broker run OPERATION [PARAM...] [--as LOGIN[:PASSWORD]] [--log-level N] [--plugin PATH] [--record FILE] [--json]
+                  [--fail CALL:N[:ERRNO]]...
        broker script FILE|- [--plugin PATH] [--record FILE] [--json]
        broker replay FILE [--against PLUGIN] [--json]
        broker hash PASSWORD [--plugin PATH]
@@ -38,6 +38,7 @@ constexpr const char* USAGE =
        broker story RECORDING|- [--output PAGE]
 
 run     has the plug-in carry out one command; without --as it comes without credentials
+        --fail: the N-th CALL that the plug-in makes fails, with ERRNO; an unknown one tells those that there are
 script  the same for every line of a file: OPERATION [PARAM...] [--as ...] [--log-level N]
 replay  makes the commands of a recording again and tells how requests, statements and answers differ
 hash    prints a password's hash pair as the operations take it
@@ -61,17 +62,6 @@ as recorded, 1 when not (explain: when there is no statement to explain), 2 for 
 )";
 
 using Words = std::vector<std::string>;
-
-void print(const std::string& text)
-{
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-int exit_status(bool all_carried_out)
-{
-    return all_carried_out ? EXIT_CARRIED_OUT : EXIT_NOT_CARRIED_OUT;
-}
 
 /** The plug-in for commands, which are recorded where that is wanted. */
 class Carrier {
@@ -110,9 +100,30 @@ class Carrier {
     std::optional<Plugin> plugin_;
 };
 
+/** Becomes the broker whose calls can fail. */
+[[noreturn]] void become_failing_broker(const Words& words)
+{
+    std::vector<std::string> arguments = {"broker", "run"};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    std::vector<char*> pointers;
+    for (std::string& argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+    const std::string program = beside_broker("broker-failing").string();
+    execv(program.c_str(), pointers.data());
+    throw BadUse(
+        "--fail needs " + program +
+        ", which a build for this machine makes: " + std::strerror(errno)
+    );
+}
+
 int run(const Words& words)
 {
     const Options options = parse_run(words);
+    if (!options.faults.empty()) {
+        become_failing_broker(words);
+    }
     const Answer answer = Carrier(options).run(options.command);
     print(options.json ? text_of(as_json(options.command, answer)) : for_people(answer));
     return exit_status(carried_out(answer));
@@ -121,7 +132,8 @@ int run(const Words& words)
 /** The one argument of a command that takes options too, but none of a transaction's. */
 std::string only_argument(const Options& options, const char* what)
 {
-    if (options.command.words.size() != 1 || options.command.credentials) {
+    if (options.command.words.size() != 1 || options.command.credentials ||
+        !options.faults.empty()) {
         throw BadUse(std::string("expected one ") + what + " and nothing else");
     }
     return options.command.words.front();

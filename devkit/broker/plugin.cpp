@@ -8,18 +8,12 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
 
 namespace {
 
 using Execute = void(ITransaction*);
 using Hash = char*(const char*);
-
-std::filesystem::path beside_broker(const char* name)
-{
-    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name);
-}
 
 std::string hash(Hash* function, const std::string& password)
 {
@@ -31,6 +25,22 @@ std::string hash(Hash* function, const std::string& password)
 }
 
 } // namespace
+
+std::filesystem::path beside_broker(const char* name)
+{
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename(name);
+}
+
+Answer carry_out(const Command& command, const std::function<void(ITransaction*)>& execute)
+{
+    Transaction transaction(command);
+    const Change change;
+    const auto begin = std::chrono::steady_clock::now();
+    execute(&transaction);
+    const std::chrono::duration<double, std::milli> spent =
+        std::chrono::steady_clock::now() - begin;
+    return {transaction.getCode(), transaction.responses(), spent.count()};
+}
 
 Plugin::Plugin(std::string path)
     : path_(path.empty() ? beside_broker("libsyscmd.so").string() : std::move(path)),
@@ -52,14 +62,7 @@ template<class Function> Function* Plugin::symbol(const char* name) const
 
 Answer Plugin::run(const Command& command) const
 {
-    auto* execute = symbol<Execute>("execute");
-    Transaction transaction(command);
-    const Change change;
-    const auto begin = std::chrono::steady_clock::now();
-    execute(&transaction);
-    const std::chrono::duration<double, std::milli> spent =
-        std::chrono::steady_clock::now() - begin;
-    return {transaction.getCode(), transaction.responses(), spent.count()};
+    return carry_out(command, symbol<Execute>("execute"));
 }
 
 std::string Plugin::hash_pair(const std::string& password) const

@@ -4,6 +4,8 @@
 #include "common/common.h"
 #include "devkit/broker/command.h"
 
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,12 @@ struct Answer {
     std::vector<std::string> responses;
     double milliseconds = 0; // spent in the plug-in
 };
+
+/** A file in the folder of this program. */
+std::filesystem::path beside_broker(const char* name);
+
+/** Has `execute` carry out the command, and takes the time. */
+Answer carry_out(const Command& command, const std::function<void(ITransaction*)>& execute);
 
 class Plugin {
   public:

@@ -1,9 +1,11 @@
 #include "devkit/broker/command.h"
+#include "devkit/broker/failing/asked_faults.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -79,6 +81,34 @@ TEST(Script, WordsAreSplitAsAShellDoes)
     EXPECT_EQ(script[1].command.log_level, 0);
 }
 
+TEST(Fault, AsAskedFor)
+{
+    const struct {
+        const char* text;
+        std::string kind;
+        int nth;
+        int error;
+    } CASES[] = {
+        {"open:1", "open", 1, EMFILE},
+        {"open:12:EIO", "open", 12, EIO},
+        {"creat:2147483647:5", "open", 2147483647, EIO},
+        {"new:3", "allocation", 3, ENOMEM},
+        {"read:1:HALF", "read", 1, HALF},
+        {"getgrgid_r:1:NOBODY", "look-up", 1, NOBODY},
+        {"regcomp:2", "regex", 2, 12},
+    };
+    for (const auto& c : CASES) {
+        const Fault fault = parse_fault(c.text);
+        EXPECT_EQ(fault.kind, c.kind) << c.text;
+        EXPECT_EQ(fault.nth, c.nth) << c.text;
+        EXPECT_EQ(fault.error, c.error) << c.text;
+        EXPECT_FALSE(fault.onward) << c.text;
+    }
+    for (const char* text : {"", "open", "open:", "open:0", "open:-1", "open:2147483648", "open:1x", ":1", "client:1",
+             "open:1:", "open:1:0", "open:1:EFOO", "open:1:HALF", "read:1:NOBODY", "regex:1:EIO", "open:1:EIO:2"})
+        EXPECT_THROW(parse_fault(text), BadUse) << text;
+}
+
 constexpr const char* NO_DEVICE = "broker: this is no device: devkit/device/device starts one, ./dev demo shows one"
                                   " at work; elsewhere --plugin must be given\n";
 
@@ -112,6 +142,12 @@ TEST(Broker, ExitStatusAndOutput)
         {"hash a b", "", 2, "broker: expected one password"},
         {"run answer 0", "", 2, NO_DEVICE},
         {"script -", "answer 0", 2, NO_DEVICE},
+        {"run answer 0 --fail open:1", "", 2,
+            "broker: this is no device: devkit/device/device starts one; --fail works"},
+        {"run answer 0 --fail open:1" + told, "", 2, "broker: --fail has a plug-in of its own, and goes without"},
+        {"run answer 0 --fail frobnicate:1", "", 2, "unknown call frobnicate: there are allocation (malloc, calloc, "},
+        {"script - --fail open:1" + told, "", 2, "broker: expected one file and nothing else"},
+        {"script -" + told, "answer 0 --fail open:1", 2, "broker: standard input:1: --fail is for broker run"},
         {"run --help", "", 0, "usage: broker run OPERATION"},
         {"script x -h", "", 0, "usage: broker run OPERATION"},
         {"run answer 0" + told + " -- --help", "", 0, "CODE_SUCCEED, \"--help\""},

@@ -20,6 +20,7 @@ BLOCK = re.compile(r"^```(.*)\n((?s:.*?))^```$", re.MULTILINE)
 # What varies from run to run, or with the sources.
 VARYING = [
     (r"\b\d+\.\d+ ms\b", "N ms"),
+    (r"\b\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} UTC", "TIME UTC"),
     (r"\b\d\d:\d\d:\d\d\.\d{3}\b", "TIME"),
     (r'("milliseconds": )[\d.]+', r"\1N"),
     (r"\b(\w+\.cpp):\d{1,3}([:\]])", r"\1:LINE\2"),  # the statement's own source line

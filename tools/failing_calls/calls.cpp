@@ -88,6 +88,16 @@ int __wrap_fprintf(FILE* stream, const char* format, ...)
     va_end(arguments);
     return written;
 }
+extern "C" int __wrap___fprintf_chk(FILE* stream, int flag, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+int __wrap___fprintf_chk(FILE* stream, int, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const int written = strike("fputs") != 0 ? EOF : vfprintf(stream, format, arguments);
+    va_end(arguments);
+    return written;
+}
 DECLARE(int, fclose, (FILE * stream))
 {
     const int error = strike("fclose");

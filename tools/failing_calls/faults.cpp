@@ -9,36 +9,38 @@
 #include <utility>
 
 const std::vector<Kind> KINDS = {
-    {"allocation", {ENOMEM}},
+    {"allocation", {ENOMEM}, {"malloc", "calloc", "realloc", "strdup", "strndup", "new"}},
     {"access", {EACCES, EIO}},
-    {"open", {EMFILE, EACCES, EINTR, ENOSPC}},
+    {"open", {EMFILE, EACCES, EINTR, ENOSPC}, {"open", "openat", "creat"}},
     {"read", {EIO, EINTR, EAGAIN, HALF}},
     {"write", {ENOSPC, EIO, EINTR, EAGAIN, HALF}},
     {"close", {EIO, EINTR}},
     {"fsync", {EIO, ENOSPC, EINTR}},
     {"fopen", {EMFILE, EACCES, EINTR, ENOSPC, ENOMEM}},
     {"fgets", {EIO, EINTR}},
-    {"fputs", {ENOSPC, EIO}},
+    {"fputs", {ENOSPC, EIO}, {"fputs", "fprintf"}},
     {"fclose", {ENOSPC, EIO}},
-    {"stat", {EACCES, EIO, ENOMEM}},
+    {"stat", {EACCES, EIO, ENOMEM}, {"stat", "fstat", "fstatat"}},
     {"mkdir", {ENOSPC, EACCES, EEXIST}},
-    {"unlink", {EACCES, EIO, ENOENT}},
-    {"chmod", {EPERM, EIO}},
+    {"unlink", {EACCES, EIO, ENOENT}, {"unlink", "unlinkat"}},
+    {"chmod", {EPERM, EIO}, {"fchmod"}},
     {"ioctl", {ENOTTY, EPERM, EIO}},
     {"opendir", {EMFILE, EACCES, ENOMEM, EINTR}},
     {"readdir", {EIO, EINTR}},
-    {"scandir", {ENOMEM, EACCES, EIO}},
+    {"scandir", {ENOMEM, EACCES, EIO}, {"scandirat"}},
     {"closedir", {EIO}},
     {"popen", {EMFILE, EAGAIN, ENOMEM}},
     {"pclose", {ECHILD, EINTR}},
     {"system", {EAGAIN, ENOMEM}},
-    {"look-up", {EIO, EMFILE, ENOMEM, EINTR, ERANGE, NOBODY}},
+    {"look-up",
+     {EIO, EMFILE, ENOMEM, EINTR, ERANGE, NOBODY},
+     {"getpwnam_r", "getgrnam_r", "getgrgid_r"}},
     {"sysconf", {EINVAL}},
     {"poll", {EINTR, ENOMEM}},
     {"lockf", {ENOLCK, EINTR, EDEADLK}},
-    {"regex", {REG_ESPACE}},
-    {"crypt", {ENOMEM, EINVAL}},
-    {"localtime", {EOVERFLOW}},
+    {"regex", {REG_ESPACE}, {"regcomp", "regexec"}},
+    {"crypt", {ENOMEM, EINVAL}, {"crypt_r"}},
+    {"localtime", {EOVERFLOW}, {"localtime_r"}},
     {"shm_unlink", {EACCES}},
     {"client", {UNSENT, LOST, NO_REPLY, CUT}},
 };
@@ -48,8 +50,8 @@ long live = 0;
 namespace {
 
 bool armed = false;
-Fault planned;
-int seen = 0;
+std::span<Trial> planned;
+Trial* striking = nullptr; // the last that did
 bool struck = false;
 
 } // namespace
@@ -63,8 +65,13 @@ std::string nameOf(const Fault& fault)
 
 bool withFault(const Fault& fault, const std::function<void()>& call)
 {
-    planned = fault;
-    seen = 0;
+    Trial trial{fault};
+    return withFaults({&trial, 1}, call);
+}
+
+bool withFaults(std::span<Trial> trials, const std::function<void()>& call)
+{
+    planned = trials;
     struck = false;
     armed = true;
     try {
@@ -79,16 +86,24 @@ bool withFault(const Fault& fault, const std::function<void()>& call)
 
 int strike(const char* kind)
 {
-    if (!armed || std::strcmp(kind, planned.kind) != 0) {
+    if (!armed) {
         return 0;
     }
-    ++seen;
-    if (seen != planned.nth && !(planned.onward && seen > planned.nth)) {
-        return 0;
+    int error = 0;
+    for (Trial& trial : planned) {
+        const Fault& fault = trial.fault;
+        if (std::strcmp(kind, fault.kind) != 0) {
+            continue;
+        }
+        ++trial.seen;
+        if (trial.seen == fault.nth || (fault.onward && trial.seen > fault.nth)) {
+            striking = &trial;
+            trial.struck = struck = true;
+            error = fault.error;
+        }
     }
-    struck = true;
-    errno = planned.error;
-    return planned.error;
+    errno = error != 0 ? error : errno;
+    return error;
 }
 
 bool faultStruck()
@@ -98,8 +113,9 @@ bool faultStruck()
 
 std::size_t cutLength(std::size_t whole)
 {
-    struck = planned.kept < whole;
-    return std::min(planned.kept, whole);
+    const std::size_t kept = striking->fault.kept;
+    striking->struck = struck = kept < whole;
+    return std::min(kept, whole);
 }
 Aside::Aside() : armed(std::exchange(::armed, false)), live(::live) {}
 Aside::~Aside()

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,7 @@ enum Unnumbered : int {
 struct Kind {
     const char* name;
     std::vector<int> errors;
+    std::vector<const char*> calls = {}; // where they are not all called as the kind
 };
 extern const std::vector<Kind> KINDS;
 
@@ -32,7 +34,16 @@ struct Fault {
 };
 std::string nameOf(const Fault& fault);
 
-/** Arms a fault around `call`; whether it struck. */
+/** A fault, how many of its calls were made, and whether it struck. */
+struct Trial {
+    Fault fault;
+    int seen = 0;
+    bool struck = false;
+};
+
+/** Arms faults around `call`; whether one struck. */
+bool withFaults(std::span<Trial> trials, const std::function<void()>& call);
+/** The same with one. */
 bool withFault(const Fault& fault, const std::function<void()>& call);
 
 /** The error with which the call at hand is to fail; 0: it is not. */
