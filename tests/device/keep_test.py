@@ -3,6 +3,7 @@
 
 Exit status 77: the way does not work here.
 """
+import filecmp
 import json
 import os
 import pty
@@ -32,6 +33,8 @@ broker run initlocalsession olga pinned 0 --as olga; /usr/bin/event_push happene
 echo SN-1 >/var/lib/device/info/Serial; echo 'eve:x:9:9::/:' >>/etc/passwd; journalctl --sync
 touch -d '1 hour ago' /opt/skyhold/etc/local_sessions/brief
 """
+# Device information that takes its time.
+SLOW_INFORMATION = "#!/bin/sh\ntouch /run/asked\nuntil [ -e /run/go ]; do sleep 0.1; done\ncat /var/lib/device/info/$1"
 failures = []
 
 
@@ -234,9 +237,10 @@ def check_killed(before):
 
 def check_snapshots():
     """Between operations, as a whole, or not at all."""
-    holder = subprocess.Popen(command("exec", "one", "sh", "-c", "flock -s /run/.device sh -c 'echo up; read -r _'"),
-                              stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-    holder.stdout.readline()
+    ask("one", f"rm /usr/bin/boxwellinfo; echo '{SLOW_INFORMATION}' >/usr/bin/boxwellinfo; chmod +x /usr/bin/boxwellinfo")
+    operation = subprocess.Popen(command("exec", "one", "broker", "run", "updateuser", "olga", "NEUzOiQxJGEkYg==",
+                                         "olga", "far", "--as", "olga"), stdout=subprocess.PIPE)
+    check("an operation", "up\n", ask("one", "until [ -e /run/asked ]; do sleep 0.1; done; echo up"))
     os.mkdir("kept")
     shutil.copy("running.snapshot", "kept/file")
     waiting = subprocess.Popen(command("snapshot", "one", "kept/file"))
@@ -244,10 +248,11 @@ def check_snapshots():
     waiting.kill()
     waiting.wait()
     check("left by a killed one", ["file"], os.listdir("kept"))
-    check("the old one", open("running.snapshot", "rb").read(), open("kept/file", "rb").read())
-    holder.communicate(b"\n")
+    check("the old one", True, filecmp.cmp("running.snapshot", "kept/file", shallow=False))
+    ask("one", "touch /run/go")
+    check("the operation", b"CODE_SUCCEED", operation.communicate()[0].split(b",")[0])
     adding = "for i in {1..40}; do echo \"adduser u$i NEUzOiQxJGEkYg== u$i@example.com --as olga --log-level 7\"; done"
-    busy = subprocess.Popen(command("exec", "one", "bash", "-c", f"broker script <({adding}) | grep -m 3 SUCC; cat"),
+    busy = subprocess.Popen(command("exec", "one", "bash", "-c", f"broker script <({adding}) | grep -m 3 SUCC || echo none; cat"),
                             stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     busy.stdout.readline()
     check("in the middle", "0", run("snapshot", "one", "busy.snapshot"))
