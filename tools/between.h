@@ -1,4 +1,5 @@
-/** What the models of the soak and the fuzzer, and the desk, read out of a text, as literally as can be. */
+/** What the models of the soak and the fuzzer, and the desk, read out of a text, as literally as
+ * can be. */
 #pragma once
 
 #include <string>
