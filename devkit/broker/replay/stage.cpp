@@ -1,15 +1,14 @@
 #include "devkit/broker/replay/stage.h"
 
-#include "common/device/owner_file.h"
-#include "common/device/upgrade_flag.h"
+#include "devkit/boxwelld/files.h"
+#include "devkit/broker/device.h"
 #include "devkit/broker/record/device_state.h"
 #include "devkit/recording/characters.h"
-#include "syscmd/sessions/inode_flags.h"
-#include "syscmd/sessions/record.h"
 
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
@@ -22,7 +21,7 @@ using nlohmann::json;
 
 namespace {
 
-constexpr time_t TWO_DAYS = 172800;
+constexpr time_t TWO_DAYS = 2 * device::SESSION_SECONDS;
 
 /** The form that `boxwelld seed` takes. */
 json daemon_state(const Facts& facts)
@@ -68,22 +67,20 @@ void write_file(const std::string& path, const std::string& content)
     }
 }
 
-void set_flags(const std::string& path, std::uint32_t flags)
+/** The inode flags (ioctl_iflags(2)), where the file system has them. */
+void set_flags(const std::string& path, int flags)
 {
-    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (fd >= 0) {
-        setInodeFlags(fd, flags);
-        close(fd);
-    }
+    const Fd file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    ioctl(file.get(), FS_IOC_SETFLAGS, &flags);
 }
 
 void clear_sessions()
 {
     std::error_code none;
-    for (const auto& entry : fs::directory_iterator(LOCAL_SESSION_DIRECTORY, none)) {
+    for (const auto& entry : fs::directory_iterator(device::LOCAL_SESSIONS, none)) {
         set_flags(entry.path(), 0);
     }
-    fs::remove_all(LOCAL_SESSION_DIRECTORY);
+    fs::remove_all(device::LOCAL_SESSIONS);
 }
 
 void add_session(const std::string& token, const json& session)
@@ -91,8 +88,8 @@ void add_session(const std::string& token, const json& session)
     if (token.find('/') != std::string::npos) {
         return; // none that the device's state could have told
     }
-    fs::create_directory(LOCAL_SESSION_DIRECTORY);
-    const std::string path = std::string(LOCAL_SESSION_DIRECTORY) + '/' + token;
+    fs::create_directory(device::LOCAL_SESSIONS);
+    const std::string path = std::string(device::LOCAL_SESSIONS) + '/' + token;
     write_file(path, as_bytes(session.value("user", "")));
     chmod(path.c_str(), static_cast<mode_t>(std::stoul(session.value("mode", "4"))));
     const time_t written = time(nullptr) - (session.value("expired", false) ? TWO_DAYS : 0);
@@ -109,15 +106,15 @@ void set_stage(const Facts& facts)
 {
     seed_daemon(facts);
     clear_sessions();
-    fs::remove(OWNER_FILE);
-    fs::remove(SSO_UPGRADE_FLAG);
+    fs::remove(device::OWNER_FILE);
+    fs::remove(device::UPGRADE_FLAG);
     fs::remove(EVENTS_FILE);
     for (const auto& [name, value] : facts) {
         const auto& [what, key] = name;
         if (what == "owner file") {
-            write_file(OWNER_FILE, as_bytes(value.get<std::string>()));
+            write_file(device::OWNER_FILE, as_bytes(value.get<std::string>()));
         } else if (what == "flag") {
-            write_file(SSO_UPGRADE_FLAG, "");
+            write_file(device::UPGRADE_FLAG, "");
         } else if (what == "session") {
             add_session(as_bytes(key), value);
         }
