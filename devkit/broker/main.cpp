@@ -87,7 +87,7 @@ class Carrier {
         }
         const bool shown = !recording_.empty() && on_device() && is_watched();
         const auto begin = shown ? std::filesystem::file_size(recording_) : 0;
-        const Answer answer = recorder_->run(*plugin_, command);
+        Answer answer = recorder_->run(*plugin_, command);
         if (shown) {
             show_watchers(recording_, begin);
         }
@@ -106,6 +106,7 @@ class Carrier {
     std::vector<std::string> arguments = {"broker", "run"};
     arguments.insert(arguments.end(), words.begin(), words.end());
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         pointers.push_back(argument.data());
     }

@@ -54,7 +54,7 @@ std::string take_line(std::string& text, std::size_t width)
     }
     const char* cut = *end == '\0' || blank == nullptr ? end : blank;
     const auto length = static_cast<std::size_t>(cut - text.c_str());
-    const std::string line = text.substr(0, length);
+    std::string line = text.substr(0, length);
     text.erase(0, length);
     text.erase(0, text.find_first_not_of(' '));
     return line;
