@@ -1,6 +1,7 @@
 #include "devkit/broker/plugin.h"
 
 #include "devkit/broker/base64.h"
+#include "devkit/broker/machine.h"
 #include "devkit/broker/transaction.h"
 #include "devkit/change.h"
 
@@ -47,7 +48,9 @@ Plugin::Plugin(std::string path)
       library_(dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL))
 {
     if (library_ == nullptr) {
-        throw std::runtime_error(dlerror());
+        const std::string why = dlerror();
+        const std::string complaint = machine_complaint(path_);
+        throw std::runtime_error(complaint.empty() ? why : path_ + ' ' + complaint);
     }
 }
 

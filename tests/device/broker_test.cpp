@@ -2,8 +2,11 @@
 #include "devkit/broker/failing/asked_faults.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -112,6 +115,37 @@ TEST(Fault, AsAskedFor)
 constexpr const char* NO_DEVICE = "broker: this is no device: devkit/device/device starts one, ./dev demo shows one"
                                   " at work; elsewhere --plugin must be given\n";
 
+TEST(Broker, TellsForWhichMachineALibraryIs)
+{
+    const struct {
+        const char* start; // of an ELF file, up to its machine
+        const char* complaint;
+    } CASES[] = {
+        {"\x7f"
+         "ELF\1\1\1...........\x28.",
+            "is for 32-bit ARM, and this broker for "},
+        {"\x7f"
+         "ELF\2\1\1...........\xf3.",
+            "is for machine 243, and this broker for "},
+        {"\x7f"
+         "EL",
+            "is no shared library\n"},
+        {"#!/bin/sh, longer than a head", "is no shared library\n"},
+    };
+    for (const auto& c : CASES) {
+        const int file = memfd_create("library", 0);
+        std::string head = c.start;
+        std::replace(head.begin(), head.end(), '.', '\0');
+        head.resize(20);
+        ASSERT_EQ(write(file, head.data(), head.size()), 20);
+        const std::string path = "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(file);
+        const Outcome outcome = broker("run answer --plugin " + path);
+        EXPECT_EQ(outcome.status, 2);
+        EXPECT_NE(outcome.output.find("broker: " + path + ' ' + c.complaint), std::string::npos) << outcome.output;
+        close(file);
+    }
+}
+
 TEST(Broker, ExitStatusAndOutput)
 {
     const std::string told = " --plugin " TOLD_PLUGIN;
@@ -137,6 +171,7 @@ TEST(Broker, ExitStatusAndOutput)
         {"script /" + told, "", 2, "broker: cannot read /: Is a directory\n"},
         {"script - </" + told, "", 2, "broker: cannot read standard input: Is a directory\n"},
         {"run answer --plugin /no/plugin.so", "", 2, "broker: /no/plugin.so: "},
+        {"run answer --plugin /etc/passwd", "", 2, "broker: /etc/passwd is no shared library\n"},
         {"hash x" + told, "", 2, "told_plugin.so exports no SMB_enc_passwd\n"},
         {"hash ''", "", 2, "broker: the plug-in makes no hash of this password\n"},
         {"hash a b", "", 2, "broker: expected one password"},
