@@ -38,6 +38,7 @@ check 'it fits two screens' yes "$([ "$(wc -l <short)" -le 80 ] && echo yes)"
 
 check 'as a page' '0 demo: the same as a page: page.html' \
     "$(text=$("$demo" --build "$build" --html page.html 2>&1); echo "$? $(tail -n 1 <<<"$text")")"
+check 'the page tells what it is of' 1 "$(grep -c '"file":"demo.jsonl"' page.html)"
 check 'the page has the command' 1 "$(grep -c '"zoe@example.com"' page.html)"
 
 "$demo" --full --build "$build" >plain 2>&1
