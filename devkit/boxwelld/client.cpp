@@ -17,7 +17,11 @@ Client::Client(Fd socket, int timeout_ms)
 
 short Client::events() const
 {
-    return state_ == State::Answered ? POLLOUT : state_ == State::Asking ? POLLIN : short{};
+    return static_cast<short>(
+        state_ == State::Answered ? POLLOUT
+        : state_ == State::Asking ? POLLIN
+                                  : 0
+    );
 }
 
 const char* Client::failure() const
