@@ -10,7 +10,7 @@ install(DIRECTORY devkit/device/lib devkit/device/life
     DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 install(DIRECTORY devkit/device/files
     DESTINATION ${SYSCMD_DESK_DIR} USE_SOURCE_PERMISSIONS COMPONENT desk)
-install(FILES devkit/device/seed.json devkit/device/short.sh DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
+install(FILES devkit/device/seed.json DESTINATION ${SYSCMD_DESK_DIR} COMPONENT desk)
 
 # The plug-in finds the client library by the path of the program that loads it.
 set_target_properties(broker plugin-trial bwdrecord PROPERTIES INSTALL_RPATH $ORIGIN)
