@@ -29,7 +29,8 @@ trap stop TERM
 mkfifo "$PIPE"
 exec 2>/dev/null {requests}<>"$PIPE"
 while :; do
-    setsid boxwelld serve 2>&1 {requests}>&- &
+    # It ends with this process, where that is killed.
+    setpriv --pdeathsig KILL setsid boxwelld serve 2>&1 {requests}>&- &
     daemon=$!
     wait "$daemon"
     status=$?
