@@ -90,7 +90,8 @@ std::optional<Order> planned(const Chaos& chaos, std::int64_t number)
     if (numbers.below(GREATEST_RATE) >= static_cast<std::uint64_t>(chaos.rate)) {
         return std::nullopt;
     }
-    const std::string& kind = chaos.kinds[numbers.below(chaos.kinds.size())];
+    const std::string& kind =
+        chaos.kinds[static_cast<std::size_t>(numbers.below(chaos.kinds.size()))];
     return Order{kind, text_for(kind, numbers.below(UINT32_MAX)), number};
 }
 
