@@ -54,6 +54,16 @@ std::vector<std::string> parse(CLI::App& app, const std::vector<std::string>& wo
     return command_words(app.remaining());
 }
 
+/** The same where one word must be left; `what` is what a complaint calls it. */
+std::string parse_one(CLI::App& app, const std::vector<std::string>& words, const std::string& what)
+{
+    const auto rest = parse(app, words);
+    if (rest.size() != 1) {
+        throw BadUse("expected one " + what + " and nothing else");
+    }
+    return rest.front();
+}
+
 } // namespace
 
 Options parse_options(const std::vector<std::string>& words)
@@ -126,11 +136,7 @@ StoryOptions parse_story(const std::vector<std::string>& words)
     StoryOptions options;
     CLI::App app;
     app.add_option("-o,--output", options.page);
-    const auto rest = parse(app, words);
-    if (rest.size() != 1) {
-        throw BadUse("expected one recording and nothing else");
-    }
-    options.recording = rest.front();
+    options.recording = parse_one(app, words, "recording");
     return options;
 }
 
@@ -140,11 +146,7 @@ ReplayOptions parse_replay(const std::vector<std::string>& words)
     CLI::App app;
     app.add_option("--against", options.against);
     app.add_flag("--json", options.json);
-    const auto rest = parse(app, words);
-    if (rest.size() != 1) {
-        throw BadUse("expected one recording and nothing else");
-    }
-    options.recording = rest.front();
+    options.recording = parse_one(app, words, "recording");
     return options;
 }
 
@@ -154,11 +156,7 @@ CheckOptions parse_check(const std::vector<std::string>& words)
     CLI::App app;
     app.add_option("--profile", options.profile);
     app.add_flag("--json", options.json);
-    const auto rest = parse(app, words);
-    if (rest.size() != 1) {
-        throw BadUse("expected one library and nothing else");
-    }
-    options.library = rest.front();
+    options.library = parse_one(app, words, "library");
     return options;
 }
 
