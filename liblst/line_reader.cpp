@@ -1,4 +1,3 @@
-#include "liblst/characters.h"
 #include "liblst/export.h"
 #include "liblst/failure.h"
 #include "liblst/format.h"
@@ -56,7 +55,17 @@ ssize_t readChunk(int fd)
     return got;
 }
 
-/** Stores the first `length` pending bytes without line ends; returns what readFileRow() does. */
+/** The first `wanted` in [text, end), or null. */
+const char* find(char wanted, const char* text, const char* end)
+{
+    return text != end ? static_cast<const char*>(
+                             std::memchr(text, wanted, static_cast<std::size_t>(end - text))
+                         )
+                       : nullptr;
+}
+
+/** Stores the first `length` pending bytes, in which a line feed is the last at most, without line
+ * ends; returns what readFileRow() does. */
 ssize_t copyRow(char** data, std::size_t length)
 {
     char* row = static_cast<char*>(std::malloc(length + 1));
@@ -64,19 +73,16 @@ ssize_t copyRow(char** data, std::size_t length)
         return -1;
     }
     const char* text = pending.text + pending.begin;
-    char* end = std::remove_copy_if(text, text + length, row, isLineEnd);
-    *end = '\0';
+    const char* end = text + length - (text[length - 1] == '\n' ? 1 : 0);
+    char* to = row;
+    while (const char* carriage_return = find('\r', text, end)) {
+        to = std::copy(text, carriage_return, to);
+        text = carriage_return + 1;
+    }
+    to = std::copy(text, end, to);
+    *to = '\0';
     *data = row;
-    return end - row + 1;
-}
-
-/** The first line feed in [text, end), or null. */
-const char* findFeed(const char* text, const char* end)
-{
-    return text != end ? static_cast<const char*>(
-                             std::memchr(text, '\n', static_cast<std::size_t>(end - text))
-                         )
-                       : nullptr;
+    return to - row + 1;
 }
 
 /** Removes the first `length` pending bytes, a line with its line feed, wherever they occur. */
@@ -87,15 +93,17 @@ void dropRow(std::size_t length)
     const char* from = row + length;
     char* to = pending.text + pending.begin + length;
     // A copy of the line ends with a line feed, like the line: only there it needs looking for.
-    for (const char* next = from; const char* feed = findFeed(next, end); next = feed + 1) {
+    for (const char* next = from; const char* feed = find('\n', next, end); next = feed + 1) {
         const char* equal = feed + 1 - length;
         if (equal >= from && std::memcmp(equal, row, length) == 0) {
             to = std::copy(from, equal, to);
             from = feed + 1;
         }
     }
-    std::memmove(to, from, static_cast<std::size_t>(end - from));
-    pending.end -= static_cast<std::size_t>(from - to);
+    if (to != from) {
+        std::memmove(to, from, static_cast<std::size_t>(end - from));
+        pending.end -= static_cast<std::size_t>(from - to);
+    }
     pending.begin += length;
 }
 
@@ -110,7 +118,7 @@ ssize_t awaitRow(int fd)
     std::size_t searched = 0;
     for (;;) {
         const char* text = pending.text + pending.begin;
-        const char* feed = findFeed(text + searched, pending.text + pending.end);
+        const char* feed = find('\n', text + searched, pending.text + pending.end);
         if (feed != nullptr) {
             return feed - text + 1;
         }

@@ -11,8 +11,9 @@
 
 namespace {
 
-// A short piece is copied as a block of this size: a call for each takes longer than finding it.
+// A short piece is copied in blocks of this size: a call for each takes longer than finding it.
 constexpr std::size_t BLOCK = 16;
+constexpr std::size_t SHORT = 4 * BLOCK;
 // Letters that are compared in vain for each one passed, before a search is left to memmem().
 constexpr std::size_t MOST_IN_VAIN = 8;
 
@@ -91,13 +92,19 @@ std::size_t spare(std::size_t needed, std::size_t made, std::size_t taken, std::
     return expected < static_cast<double>(most) ? static_cast<std::size_t>(expected) : most;
 }
 
-/** Appends a piece, for which there is room; from its begin on `readable` bytes may be read. */
+/** Appends a piece, for which there is room and a block; from its begin on `readable` bytes may be
+ * read. */
 void append(Result& result, const char* piece, std::size_t length, std::size_t readable)
 {
-    const bool as_block = length <= BLOCK && readable >= BLOCK;
     char* to = result.text + result.length;
-    as_block ? std::memcpy(to, piece, BLOCK) : std::memcpy(to, piece, length);
     result.length += length;
+    if (length > SHORT || length + BLOCK > readable) {
+        std::memcpy(to, piece, length);
+        return;
+    }
+    for (const char* end = piece + length; piece < end; piece += BLOCK, to += BLOCK) {
+        std::memcpy(to, piece, BLOCK);
+    }
 }
 
 } // namespace
@@ -113,9 +120,9 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
     const char* const end = string + std::strlen(string);
     Search matches = {string, end, search, std::strlen(search), 0};
     const std::size_t replace_length = std::strlen(replace);
-    char block[BLOCK] = {};
-    if (replace_length <= BLOCK) {
-        replace = std::copy_n(replace, replace_length, block) - replace_length;
+    char blocks[SHORT + BLOCK] = {};
+    if (replace_length <= SHORT) {
+        replace = std::copy_n(replace, replace_length, blocks) - replace_length;
     }
 
     __attribute__((cleanup(releaseResult))) Result result = {};
@@ -133,7 +140,7 @@ EXPORTED char* ptReplaceStr(const char* string, const char* search, const char* 
             }
         }
         append(result, from, gap, rest);
-        append(result, replace, replace_length, BLOCK);
+        append(result, replace, replace_length, sizeof blocks);
         from = match + matches.length;
     }
     const std::size_t rest = distance(from, end) + 1;

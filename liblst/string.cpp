@@ -3,7 +3,6 @@
 #include "liblst/failure.h"
 #include "liblst/liblst.h"
 
-#include <algorithm>
 #include <cstring>
 
 EXPORTED char* ptCutStr(const char* string, const char* begin, const char* end)
@@ -25,7 +24,7 @@ EXPORTED int chopStr(char* s)
     if (s == nullptr) {
         return badArgument(-1);
     }
-    *std::remove_if(s, s + std::strlen(s), isLineEnd) = '\0';
+    removeEach(s, LineEnd());
     return 0;
 }
 
@@ -34,13 +33,18 @@ EXPORTED int trimStr(char* s)
     if (s == nullptr) {
         return badArgument(-1);
     }
-    const char* end = s + std::strlen(s);
-    const char* begin = std::find_if_not(static_cast<const char*>(s), end, isBlank);
-    while (end > begin && isBlank(end[-1])) {
-        --end;
+    const WhiteSpace isBlank;
+    const char* begin = s;
+    while (isBlank(*begin)) {
+        ++begin;
     }
-    const std::size_t length = static_cast<std::size_t>(end - begin);
-    std::memmove(s, begin, length);
+    std::size_t length = std::strlen(begin);
+    while (length > 0 && isBlank(begin[length - 1])) {
+        --length;
+    }
+    if (begin != s) {
+        std::memmove(s, begin, length);
+    }
     s[length] = '\0';
     return 0;
 }
@@ -51,7 +55,7 @@ EXPORTED void delGaps(char* str)
         errno = EINVAL;
         return;
     }
-    *std::remove_if(str, str + std::strlen(str), isBlank) = '\0';
+    removeEach(str, WhiteSpace());
 }
 
 EXPORTED char* Strdup(const char* str)

@@ -11,7 +11,7 @@
 extern std::function<ssize_t(int, void*, std::size_t)> on_read;
 extern std::function<dirent64*(DIR*)> on_readdir64;
 extern std::function<void*(void*, std::size_t)> on_realloc;
-extern std::function<int(int)> on_isspace;
+extern std::function<const unsigned short**()> on_ctype_b_loc;
 extern std::function<long(int)> on_sysconf;
 extern std::function<int(pollfd*, nfds_t, int)> on_poll;
 
