@@ -2,13 +2,12 @@
 
 #include "common/device/owner_file.h"
 #include "common/isowner.h"
-#include "liblst/owned.h"
 
 #include <cstring>
 
-const char* getGroupByUsername(const char* username, int* isowner)
+const char* getGroupByUsername(const char* username, int* isowner, char** owner)
 {
-    AUTO_FREE char* owner = GetSSOOwner();
-    *isowner = owner != nullptr && username != nullptr && strcmp(owner, username) == 0 ? 1 : 0;
+    *owner = GetSSOOwner();
+    *isowner = *owner != nullptr && username != nullptr && strcmp(*owner, username) == 0 ? 1 : 0;
     return *isowner == 1 ? "admin" : SKYHOLD_GROUP;
 }

@@ -86,9 +86,10 @@ void UpdateUserHandler(ITransaction* pTx, std::string& response)
         return fail(*pTx, response, failure);
     }
     int is_owner = 0;
-    const char* group = getGroupByUsername(rename.from, &is_owner);
+    AUTO_FREE char* owner = nullptr;
+    const char* group = getGroupByUsername(rename.from, &is_owner, &owner);
     const int code = UpdateUser(
-        {user_id, rename.to, password_hash.c_str(), group, rename.email, rename.p2pusername}
+        {user_id, rename.to, password_hash.c_str(), group, rename.email, rename.p2pusername, owner}
     );
     if (code != SUCCESS) {
         LOG(Error, "ERROR [syscmd:%s]: UpdateUser %s failed with code=%d\n", __func__, rename.from,

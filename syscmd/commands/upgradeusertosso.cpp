@@ -27,10 +27,12 @@ int UpgradeUserToSSO(
         return UPGRADE_INVALID_ARGUMENT;
     }
     int is_owner = 0;
-    const char* group = getGroupByUsername(p2pusername, &is_owner);
+    AUTO_FREE char* owner = nullptr;
+    const char* group = getGroupByUsername(p2pusername, &is_owner, &owner);
 
     int result = SUCCESS;
-    if (UpdateUser({user_id, ssousername, ssopassword, group, email, p2pusername}) != SUCCESS) {
+    if (UpdateUser({user_id, ssousername, ssopassword, group, email, p2pusername, owner}) !=
+        SUCCESS) {
         LOG_AT(982, Error, "ERROR [syscmd:%s] failed updating user account\n", __func__);
         result = UPGRADE_UPDATE_FAILED;
     }

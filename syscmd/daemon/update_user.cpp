@@ -25,16 +25,6 @@ constexpr Exchange UPDATE = {
     .shown_reply = __LINE__,
 };
 
-/** The name under which the daemon is asked: the cloud owner's, cut; null when it is not known. */
-char* authority()
-{
-    char* owner = GetSSOOwner();
-    if (owner != nullptr && strlen(owner) > MAX_USERNAME_LENGTH) {
-        owner[MAX_USERNAME_LENGTH] = '\0';
-    }
-    return owner;
-}
-
 /** The request that sets new hashes, logged; null when memory runs out. */
 char* requestWithHashes(const char* owner, const UserUpdate& to, const PasswordPair& hashes)
 {
@@ -116,11 +106,13 @@ int UpdateUser(const UserUpdate& to)
         LOG(Error, "ERROR [syscmd:%s] invalid input arguments\n", __func__);
         return -1;
     }
-    AUTO_FREE char* owner = authority();
+    AUTO_FREE char* read = to.owner == nullptr ? GetSSOOwner() : nullptr;
+    char* owner = to.owner == nullptr ? read : to.owner;
     if (owner == nullptr) {
         LOG(Error, "ERROR [syscmd:%s]: owner file unreadable\n", __func__);
         return -1;
     }
+    owner[strnlen(owner, MAX_USERNAME_LENGTH)] = '\0';
     AUTO_FREE char* decoded = nullptr;
     PasswordPair hashes = {};
     if (to.password_hash != nullptr &&

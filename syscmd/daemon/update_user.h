@@ -10,11 +10,13 @@ struct UserUpdate {
     const char* group = nullptr; /**< the primary group's name; may be null without a cloud user */
     const char* email;           /**< the e-mail address, stored whole */
     const char* p2pusername = nullptr; /**< the cloud user bound to the account; may be null */
+    /** The cloud owner's name where it was read just now, which is cut; null: it is read. */
+    char* owner = nullptr;
 };
 
 /**
  * Changes an account: renames it and, where given, sets its hashes, group, e-mail address and cloud
- * user. The request names the device's cloud owner, from the owner file, as its authority.
+ * user. The request names the device's cloud owner as its authority, from the owner file.
  *
  * Neither hashes nor cloud user given, the group is not sent either. Hashes without a cloud user
  * also unlock the account, and make its cloud user "(null)".
