@@ -52,7 +52,7 @@ const char* nameOf(LogLevel level)
 /** Formats a prefix so that it ends where `message` begins; returns its first byte. */
 [[gnu::format(printf, 2, 3)]] char* putBefore(char* message, const char* format, ...)
 {
-    char prefix[PREFIX_ROOM] = "";
+    char prefix[PREFIX_ROOM];
     va_list arguments;
     va_start(arguments, format);
     const int written = vsnprintf(prefix, sizeof prefix, format, arguments);

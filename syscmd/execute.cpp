@@ -10,15 +10,15 @@ namespace {
 
 constexpr Speaker EXECUTE = SPEAKER("execute");
 
-/** The response unless a handler has a better one. */
-constexpr std::string_view FAILED = "system command failed";
-/** It exists from load on: the answer to exhausted memory needs none. */
-const std::string FAILED_TEXT(FAILED);
+/** The response unless a handler has a better one. It exists from load on: the answer to exhausted
+ * memory needs none. */
+const std::string FAILED = "system command failed";
 
-/** Adds the one response parameter of a command; `answered` tells that it was added. */
+/** Adds the one response parameter of a command, FAILED for an empty one; `answered` tells that it
+ * was added. */
 void answer(ITransaction& tx, const std::string& response, bool& answered)
 {
-    tx.addResponseParam(response);
+    tx.addResponseParam(response.empty() ? FAILED : response);
     answered = true;
 }
 
@@ -29,7 +29,7 @@ void carryOut(ITransaction& tx, bool& answered)
     tx.setMoniker("/root/devices"s);
     tx.setMethod("userstate"s);
     tx.setBodyType("jobstate"s);
-    std::string response(FAILED);
+    std::string response; // empty until there is a better one than FAILED
 
     std::string name;
     if (!tx.getRequestParam(0, name)) {
@@ -84,7 +84,7 @@ extern "C" void execute(ITransaction* pTx)
     } catch (...) {
         LOG(Error, "ERROR [syscmd:%s]: ended by an exception\n", __func__);
         succeeds([&] { pTx->setCode(CODE_FAILED); });
-        if (!answered && !succeeds([&] { pTx->addResponseParam(FAILED_TEXT); })) {
+        if (!answered && !succeeds([&] { pTx->addResponseParam(FAILED); })) {
             LOG(Error, "ERROR [syscmd:%s]: no memory for a response\n", __func__);
         }
     }

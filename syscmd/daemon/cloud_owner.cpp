@@ -2,8 +2,9 @@
 
 #include "common/mxl_templates.h"
 #include "common/result.h"
-#include "liblst/liblst.h"
 #include "syscmd/daemon/exchange.h"
+
+#include <cstring>
 
 namespace {
 
@@ -28,7 +29,7 @@ int Unregister()
     LOG_AT(1190, Debug, "DEBUG:%s:%d Unregister\n", __FILE_NAME__, 1190);
 
     AUTO_ANSWER Answer answer = {};
-    switch (ask(answer, RELEASE, String(UNREGISTER_USER_MXL_TEXT))) {
+    switch (ask(answer, RELEASE, strdup(UNREGISTER_USER_MXL_TEXT))) {
     case Outcome::Done:
         return SUCCESS;
     case Outcome::Failed:
