@@ -32,7 +32,8 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "--coverage")
     add_compile_options(${path_maps})
     add_link_options(${path_maps}) # what is optimised when it is linked
 endif()
-add_link_options(-Wl,--disable-new-dtags -Wl,-z,relro -Wl,-z,now)
+# Constants beside the code, as the linker for ARM has them by default: loading maps two segments, not four.
+add_link_options(-Wl,--disable-new-dtags -Wl,-z,relro -Wl,-z,now -Wl,-z,noseparate-code)
 if(SYSCMD_WERROR)
     add_compile_options(-Werror)
 endif()
