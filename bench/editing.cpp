@@ -53,27 +53,39 @@ void trimByTable(const Table256& table, char* text)
     text[length] = '\0';
 }
 
+/** Lines of words of several lengths, behind blanks and before more. */
+std::string wordsOf(std::size_t bytes)
+{
+    std::string text = "  \t ";
+    for (std::size_t i = 1; text.size() < bytes - bytes / 16; ++i) {
+        text.append(1 + i * i % 11, 'w').append(i % 7 != 0 ? " " : "\r\n");
+    }
+    return text.append(bytes / 16, ' ');
+}
+
 } // namespace
 
 void benchEditing(Frame& frame)
 {
-    std::string text = "  \t ";
-    while (text.size() < 1000) {
-        text += "some words and\ta line end\r\n";
-    }
     const Table256 blank = spaces();
     Table256 line_end = {};
     line_end['\r'] = line_end['\n'] = true;
-    frame.compare(
-        {.name = "trimStr, 1 KB", .against = "table loop"}, [&] { return edited(text, trimStr); },
-        [&] { return edited(text, [&](char* copy) { trimByTable(blank, copy); }); }
-    );
-    frame.compare(
-        {.name = "chopStr, 1 KB", .against = "table loop"}, [&] { return edited(text, chopStr); },
-        [&] { return edited(text, [&](char* copy) { removeByTable(line_end, copy); }); }
-    );
-    frame.compare(
-        {.name = "delGaps, 1 KB", .against = "table loop"}, [&] { return edited(text, delGaps); },
-        [&] { return edited(text, [&](char* copy) { removeByTable(blank, copy); }); }
-    );
+    struct Size {
+        const char* name;
+        std::size_t bytes;
+        double goal;
+    };
+    for (const auto& [size, bytes, goal] :
+         {Size{"1 KB", 1000, 0}, {"16 KiB", 16 << 10, 1.1}, {"1 MiB", 1 << 20, 1.1}}) {
+        const std::string text = wordsOf(bytes);
+        const auto against_table = [&, goal = goal](std::string name, auto ours, auto by_table) {
+            frame.compare(
+                {.name = std::move(name) + ", " + size, .against = "table loop", .goal = goal},
+                [&] { return edited(text, ours); }, [&] { return edited(text, by_table); }
+            );
+        };
+        against_table("trimStr", trimStr, [&](char* copy) { trimByTable(blank, copy); });
+        against_table("chopStr", chopStr, [&](char* copy) { removeByTable(line_end, copy); });
+        against_table("delGaps", delGaps, [&](char* copy) { removeByTable(blank, copy); });
+    }
 }

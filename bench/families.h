@@ -9,6 +9,7 @@ void benchUserQuery(Frame& frame);
 void benchOperations(Frame& frame);
 void benchSessions(Frame& frame);
 void benchLists(Frame& frame);
+void benchReplace(Frame& frame);
 void benchStrings(Frame& frame);
 void benchEditing(Frame& frame);
 void benchFiles(Frame& frame);

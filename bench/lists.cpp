@@ -86,4 +86,8 @@ void benchLists(Frame& frame)
         {.name = "lstPush, 1,000 elements", .against = "find the end, realloc"},
         [] { return pushed(1000, lstPush); }, [] { return pushed(1000, pushBarely); }
     );
+    frame.compare(
+        {.name = "lstPush, 20,000 elements", .against = "find the end, realloc", .goal = 0.7},
+        [] { return pushed(20000, lstPush); }, [] { return pushed(20000, pushBarely); }
+    );
 }

@@ -35,6 +35,7 @@ int main(int argc, char** argv)
     benchOperations(frame);
     benchSessions(frame);
     benchLists(frame);
+    benchReplace(frame);
     benchStrings(frame);
     benchEditing(frame);
     benchFiles(frame);

@@ -22,6 +22,14 @@ double secondsOf(const Batch& batch, std::size_t times)
            static_cast<double>(end.tv_nsec - begin.tv_nsec) * 1e-9;
 }
 
+Batch once(const std::function<void()>& work)
+{
+    return [&work](std::size_t) -> std::shared_ptr<void> {
+        work();
+        return nullptr;
+    };
+}
+
 std::size_t calibrate(const Batch& batch)
 {
     std::size_t times = 1;
@@ -105,22 +113,22 @@ Spread measureRatio(const Case& about, const Batch& ours, const Batch& peer)
     return spread;
 }
 
+double quickest(const std::function<void()>& work)
+{
+    double best = 1e9;
+    for (int i = 0; i < GROWTH_RUNS; ++i) {
+        best = std::min(best, secondsOf(once(work), 1));
+    }
+    return best;
+}
+
 double measureGrowth(const std::function<void()>& small, const std::function<void()>& large)
 {
-    const auto seconds = [](const std::function<void()>& work) {
-        return secondsOf(
-            [&](std::size_t) -> std::shared_ptr<void> {
-                work();
-                return nullptr;
-            },
-            1
-        );
-    };
-    double best_small = seconds(small);
-    double best_large = seconds(large);
+    double best_small = secondsOf(once(small), 1);
+    double best_large = secondsOf(once(large), 1);
     for (int i = 1; i < GROWTH_RUNS; ++i) { // in turn: a disturbance meets both
-        best_small = std::min(best_small, seconds(small));
-        best_large = std::min(best_large, seconds(large));
+        best_small = std::min(best_small, secondsOf(once(small), 1));
+        best_large = std::min(best_large, secondsOf(once(large), 1));
     }
     return best_large / best_small;
 }

@@ -14,5 +14,8 @@ struct Spread {
 /** The ratio of the processor time of `ours` to that of `peer`, from pairs of batches in turn. */
 Spread measureRatio(const Case& about, const Batch& ours, const Batch& peer);
 
+/** Processor seconds of work, the quickest of several runs. */
+double quickest(const std::function<void()>& work);
+
 /** How many times as long the larger work takes, by the quickest of several runs of each. */
 double measureGrowth(const std::function<void()>& small, const std::function<void()>& large);
