@@ -10,8 +10,15 @@ int main(int argc, char** argv)
 {
     CLI::App app("Measures the plug-in and its libraries against their peers and their floor.");
     Options options;
-    app.add_option("CASE", options.name, "only cases whose names hold this text");
+    CLI::Option* const name =
+        app.add_option("CASE", options.name, "only cases whose names hold this text");
     app.add_flag("--check", options.check_only, "only results, growth and counts, as tests");
+    CLI::Option* const committed = app.add_option(
+        "--committed", options.committed, "a file of ratios that this run is held against"
+    );
+    app.add_flag("--save", options.save, "this run's ratios replace them; of all cases")
+        ->needs(committed)
+        ->excludes(name);
     bool instructions = false;
     app.add_flag(
            "--instructions", instructions, "one run of each operation and floor, for callgrind"
