@@ -1,6 +1,7 @@
 /** Measures what ships against its peers and its floor; docs/performance.md. Runs on a private
  * device. */
 #include "bench/families.h"
+#include "bench/growth.h"
 
 #include <malloc.h>
 
@@ -24,6 +25,8 @@ int main(int argc, char** argv)
            "--instructions", instructions, "one run of each operation and floor, for callgrind"
     )
         ->group("");
+    std::string points;
+    app.add_option("--plot", points, "measures how cost grows; the points go into this file");
     CLI11_PARSE(app, argc, argv);
     if (instructions) {
         runUnderCallgrind();
@@ -35,6 +38,9 @@ int main(int argc, char** argv)
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
 
+    if (!points.empty()) {
+        return measureGrowthOfAll(points);
+    }
     Frame frame(options);
     benchHashes(frame);
     benchLog(frame);

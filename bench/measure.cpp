@@ -10,7 +10,8 @@ constexpr double BATCH_SECONDS = 0.002;
 constexpr double CASE_SECONDS = 0.5;
 constexpr int GROWTH_RUNS = 7;
 
-/** Processor time of this thread: what other programs do meanwhile is not ours. */
+} // namespace
+
 double secondsOf(const Batch& batch, std::size_t times)
 {
     timespec begin = {};
@@ -30,6 +31,8 @@ std::size_t calibrate(const Batch& batch)
     }
     return times;
 }
+
+namespace {
 
 /** One pair of batches in turn; which goes first alternates. */
 struct Round {

@@ -1,5 +1,6 @@
 // Replacing and cutting.
 #include "bench/families.h"
+#include "bench/growth.h"
 #include "common/io.h"
 
 #include <string>
@@ -129,4 +130,23 @@ void benchStrings(Frame& frame)
 {
     benchReplace(frame);
     benchCut(frame);
+}
+
+void growReplace(Growth& growth)
+{
+    growth.measure("replace", {100, 1000, 10000, 100000, 1000000, 10000000}, [](std::size_t bytes) {
+        constexpr std::size_t LINE = 10; // about, with its match
+        const auto text = std::make_shared<std::string>(lines(bytes / LINE));
+        text->resize(bytes, ' ');
+        return Curves{
+            curveOf(
+                "ptReplaceStr",
+                [text] {
+                    return Text(ptReplaceStr(text->c_str(), SEARCH.c_str(), REPLACE.c_str()));
+                }
+            ),
+            curveOf("floor: one pass", [text] { return replaceBarely(*text, 2 * text->size()); }),
+            curveOf("std::string loop", [text] { return replaceByStrings(*text); }),
+            curveOf("g_strsplit, g_strjoinv", [text] { return replaceBySplitting(*text); })};
+    });
 }

@@ -48,6 +48,8 @@ for command in setup size lint help; do
 done
 
 check abi '1 dev: abi takes --update alone: --update x' "$(dev abi --update x)"
+check 'bench --device' '1 dev: bench --device takes --save alone: --check' "$(dev bench --device --check)"
+check 'bench --plot' '1 dev: bench --plot takes no arguments: x' "$(dev bench --way proot --plot x)"
 check desk '1 dev: desk takes one name: x y' "$(dev desk --way proot x y)"
 
 builds
