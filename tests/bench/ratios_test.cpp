@@ -97,7 +97,9 @@ TEST_F(RatiosFile, IsRefusedWithASentence)
         {head + "a\tb\t1\t1\t1\t0\na\tb\t1\t1\t1\n", ", line 3, is no ratio"},
         {head + "a\tb\t1\t1\t1\t0\t9\n", ", line 2, is no ratio"},
         {head + "a\tb\t1\tx\t1\t0\n", ", line 2, is no ratio"},
-        {head + "a\tb\t1\tnan\t1\t0\n", ", line 2, is no ratio"},
+        {head + "a\tb\t1\t1\tinf\t0\n", ", line 2, is no ratio"},
+        {head + "a\tb\t-1\t1\t1\t0\n", ", line 2, is no ratio"},
+        {head + "\tb\t1\t1\t1\t0\n", ", line 2, is no ratio"},
         {head + "a\tb\t1\t1\t1\t0 \n", ", line 2, is no ratio"},
         {head + "\n", ", line 2, is no ratio"},
     };
