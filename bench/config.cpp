@@ -1,5 +1,6 @@
 // Configuration files.
 #include "bench/families.h"
+#include "bench/growth.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -123,4 +124,18 @@ void benchConfig(Frame& frame)
             List(readConfig(larger.c_str()));
         };
     });
+}
+
+void growConfig(Growth& growth)
+{
+    growth.measure(
+        "config", {10, 30, 100, 300, 1000, 3000, 10000, 30000, 100000},
+        [](std::size_t entries) {
+            const std::string path = writeConfig(entries);
+            return Curves{
+                curveOf("readConfig", [path] { return List(readConfig(path.c_str())); }),
+                curveOf("floor: one pass", [path] { return readBarely(path.c_str()); }),
+                curveOf("GKeyFile", [path] { return readByGlib(path.c_str()); })};
+        }
+    );
 }

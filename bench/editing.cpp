@@ -1,5 +1,6 @@
 // Editing in place: white space and line ends removed.
 #include "bench/families.h"
+#include "bench/growth.h"
 
 #include <array>
 #include <cctype>
@@ -88,4 +89,20 @@ void benchEditing(Frame& frame)
         against_table("chopStr", chopStr, [&](char* copy) { removeByTable(line_end, copy); });
         against_table("delGaps", delGaps, [&](char* copy) { removeByTable(blank, copy); });
     }
+}
+
+void growEditing(Growth& growth)
+{
+    growth.measure("trim", {100, 1000, 10000, 100000, 1000000, 10000000}, [](std::size_t bytes) {
+        const std::string blanks(bytes / 10, ' ');
+        const auto text = std::make_shared<std::string>(
+            blanks + std::string(bytes - 2 * blanks.size(), 'x') + blanks
+        );
+        return Curves{
+            curveOf("trimStr", [text] { return edited(*text, trimStr); }),
+            curveOf("floor: table loop", [text] {
+                static const Table256 blank = spaces();
+                return edited(*text, [](char* copy) { trimByTable(blank, copy); });
+            })};
+    });
 }

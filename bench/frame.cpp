@@ -1,9 +1,12 @@
 #include "bench/frame.h"
 
 #include "bench/measure.h"
+#include "bench/ratios.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 bool Frame::wants(const std::string& name)
 {
@@ -64,7 +67,18 @@ void Frame::count(
     }
 }
 
-int Frame::finish() const
+void Frame::save()
+{
+    if (failures != 0) {
+        std::printf("not saved: something failed\n");
+    } else if (!writeRatios(options.committed, table)) {
+        fail("saving " + options.committed + ": " + std::strerror(errno));
+    } else {
+        std::printf("saved in %s\n", options.committed.c_str());
+    }
+}
+
+int Frame::finish()
 {
     constexpr int BAD_USE = 2;
     if (!found) {
@@ -78,6 +92,12 @@ int Frame::finish() const
     }
     if (!options.check_only) {
         printSummary(table);
+        if (!options.committed.empty()) {
+            printRegressions(table, options.committed);
+        }
+        if (options.save) {
+            save();
+        }
     }
     return failures == 0 ? 0 : 1;
 }

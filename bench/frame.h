@@ -27,7 +27,9 @@
 struct Options {
     std::string name; // cases whose names hold this text; empty: all
     bool check_only =
-        false; // results, growth and counts only, none of which depends on the machine
+        false;             // results, growth and counts only, none of which depends on the machine
+    std::string committed; // the file of ratios that a run is held against; empty: none
+    bool save = false;     // the ratios of this run are to be the committed ones
 };
 
 /** One case. */
@@ -82,8 +84,9 @@ class Frame {
     void fail(const std::string& what);
 
     /** Prints how many goals were met, or which cases there are when none was wanted; the exit
-     * status. */
-    int finish() const;
+     * status. Then what has become worse since the committed run, which this one replaces if it
+     * is to be saved and nothing failed. */
+    int finish();
 
   private:
     template<typename Ours, typename Peer>
@@ -123,6 +126,7 @@ class Frame {
 
     void measure(const Case& about, const Batch& ours, const Batch& peer);
     void add(Row row);
+    void save();
 
     Options options;
     std::vector<std::string> names; // of all cases, in their order

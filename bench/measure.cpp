@@ -10,7 +10,8 @@ constexpr double BATCH_SECONDS = 0.002;
 constexpr double CASE_SECONDS = 0.5;
 constexpr int GROWTH_RUNS = 7;
 
-/** Processor time of this thread: what other programs do meanwhile is not ours. */
+} // namespace
+
 double secondsOf(const Batch& batch, std::size_t times)
 {
     timespec begin = {};
@@ -22,14 +23,6 @@ double secondsOf(const Batch& batch, std::size_t times)
            static_cast<double>(end.tv_nsec - begin.tv_nsec) * 1e-9;
 }
 
-Batch once(const std::function<void()>& work)
-{
-    return [&work](std::size_t) -> std::shared_ptr<void> {
-        work();
-        return nullptr;
-    };
-}
-
 std::size_t calibrate(const Batch& batch)
 {
     std::size_t times = 1;
@@ -37,6 +30,16 @@ std::size_t calibrate(const Batch& batch)
         times *= 2;
     }
     return times;
+}
+
+namespace {
+
+Batch once(const std::function<void()>& work)
+{
+    return [&work](std::size_t) -> std::shared_ptr<void> {
+        work();
+        return nullptr;
+    };
 }
 
 /** One pair of batches in turn; which goes first alternates. */

@@ -19,3 +19,9 @@ double quickest(const std::function<void()>& work);
 
 /** How many times as long the larger work takes, by the quickest of several runs of each. */
 double measureGrowth(const std::function<void()>& small, const std::function<void()>& large);
+
+/** The processor time of this thread in a batch: what other programs do meanwhile is not ours. */
+double secondsOf(const Batch& batch, std::size_t times);
+
+/** How many times a batch is to do its work to take long enough for the clock. */
+std::size_t calibrate(const Batch& batch);

@@ -2,11 +2,11 @@
 // system calls. All of them succeed.
 #include "bench/bare_log.h"
 #include "bench/bare_operations.h"
+#include "bench/commands.h"
 #include "bench/count.h"
 #include "bench/daemon.h"
 #include "bench/families.h"
 #include "bench/instructions.h"
-#include "bench/transaction.h"
 #include "syscmd/handler.h"
 
 #include <fstream>
@@ -14,45 +14,6 @@
 #include <regex>
 
 namespace {
-
-struct Command {
-    std::vector<std::string> params;
-    const char* login;
-};
-
-/** alice owns the device; bob's membership is looked up. */
-std::vector<Command> commands()
-{
-    const std::string pair = "N0M0MUQwOUE6JDEkUWE3TG0yWHAkWnI0LmhUOXdZYzFLYk4zc1ZlOEZvMA==";
-    const std::string email = "bob@example.com";
-    return {
-        {{"adduser", "bob", pair, email}, "alice:secret"},
-        {{"addremoteuser", "bob"}, "alice:secret"},
-        {{"deleteuser", "bob", email}, "bob:secret"},
-        {{"unregister"}, ""},
-        {{"updateuser", "bob", pair, email, email}, "bob:secret"},
-        {{"upgradeusertosso", "bob", email, pair}, "alice:secret"},
-        {{"initlocalsession", "bob", "token", "86400"}, "alice:secret"},
-    };
-}
-
-const std::string& reply()
-{
-    static const std::string text = successReply(userRecord("bob", 1002));
-    return text;
-}
-
-PlainTransaction transactionOf(const Command& command, int level)
-{
-    PlainTransaction transaction;
-    transaction.params = command.params;
-    gchar* encoded =
-        g_base64_encode(reinterpret_cast<const guchar*>(command.login), std::strlen(command.login));
-    transaction.credentials = encoded;
-    g_free(encoded);
-    transaction.log_level = level;
-    return transaction;
-}
 
 /** All that a command brings about but the journal's entries, which are the file's: its effects on
  * the transaction, its requests, its statements without time and place. */
@@ -156,7 +117,7 @@ void countInstructions(Frame& frame)
 
 void runUnderCallgrind()
 {
-    setReply(reply());
+    setReply(replyToCommands());
     setLog(3, false);
     for (const Command& command : commands()) {
         dumpInstructions(work(command, 3, ourExecute));
@@ -166,7 +127,7 @@ void runUnderCallgrind()
 
 void benchOperations(Frame& frame)
 {
-    setReply(reply());
+    setReply(replyToCommands());
     for (const Command& command : commands()) {
         const std::string ours = outcomeOf(command, ourExecute); // first: it makes what is missing
         if (ours != outcomeOf(command, bareExecute)) {

@@ -1,5 +1,6 @@
 // Replacing: a grid of lengths and of distances between matches, beside the best of three peers.
 #include "bench/families.h"
+#include "bench/growth.h"
 #include "bench/measure.h"
 
 #include <absl/strings/str_replace.h>
@@ -181,5 +182,19 @@ void benchReplace(Frame& frame)
             [job = Job{std::string(size, 'a'), std::string(size / 2, 'a') + "b", "c", size + 1}] {
                 replaceOurs(job);
             };
+    });
+}
+
+void growReplace(Growth& growth)
+{
+    growth.measure("replace", {100, 1000, 10000, 100000, 1000000, 10000000}, [](std::size_t bytes) {
+        const auto job = std::make_shared<Job>(jobOf(bytes, 9, "&", "&amp;"));
+        Curves curves = {
+            curveOf("ptReplaceStr", [job] { return replaceOurs(*job); }),
+            curveOf("g_strsplit, g_strjoinv", [job] { return replaceBySplitting(*job); })};
+        for (const Peer& peer : PEERS) {
+            curves.push_back(curveOf(peer.name, [job, peer] { return peer.replace(*job); }));
+        }
+        return curves;
     });
 }

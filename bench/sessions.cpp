@@ -2,6 +2,7 @@
 #include "bench/bare_log.h"
 #include "bench/bare_sessions.h"
 #include "bench/families.h"
+#include "bench/growth.h"
 #include "syscmd/sessions/record.h"
 #include "syscmd/sessions/sweep.h"
 
@@ -102,5 +103,34 @@ void benchSessions(Frame& frame)
         benchSweep(frame, count, count / 2, nullptr, 1.05);
         benchSweep(frame, count, 0, "bob", 1.1);
     }
+    std::filesystem::remove_all(LOCAL_SESSION_DIRECTORY);
+}
+
+void growSessions(Growth& growth)
+{
+    setLog(3, false);
+    const std::initializer_list<std::size_t> sizes = {10, 30, 100, 300, 1000, 3000, 10000, 50000};
+    const auto ours = [] {
+        return CleanupObsoleteLocalSessions(nullptr);
+    };
+    const auto floor = [] {
+        bareSweep(nullptr);
+        return true;
+    };
+    growth.measure("sessions", sizes, [=](std::size_t count) {
+        fill(count, 0);
+        return Curves{curveOf("sweep, none expired", ours), curveOf("floor, none expired", floor)};
+    });
+    growth.measure("sessions", sizes, [=](std::size_t count) {
+        Curves curves = {
+            curveOf("sweep, half expired", ours), curveOf("floor, half expired", floor)};
+        for (Curve& curve : curves) {
+            curve.before_each = [count] {
+                fill(count, count / 2);
+            };
+            curve.once = true;
+        }
+        return curves;
+    });
     std::filesystem::remove_all(LOCAL_SESSION_DIRECTORY);
 }

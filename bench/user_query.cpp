@@ -4,6 +4,7 @@
 #include "bench/count.h"
 #include "bench/daemon.h"
 #include "bench/families.h"
+#include "bench/growth.h"
 #include "syscmd/daemon/query_user.h"
 
 #include <memory>
@@ -87,5 +88,22 @@ void benchUserQuery(Frame& frame)
             }
         );
     }
+    setLog(3, false);
+}
+
+void growUserQuery(Growth& growth)
+{
+    setLog(0, false);
+    growth.measure(
+        "user-query", {10, 30, 100, 300, 1000, 3000, 10000, 50000},
+        [](std::size_t count) {
+            const auto reply = std::make_shared<std::string>(replyOf(count, false));
+            const std::string last = "user" + std::to_string(count - 1);
+            setReply(*reply);
+            return Curves{
+                curveOf("GetUserData", [reply, last] { return ours(last); }),
+                curveOf("floor: one pass, existence tests", [reply, last] { return floor(last); })};
+        }
+    );
     setLog(3, false);
 }

@@ -48,6 +48,8 @@ for command in setup size lint help; do
 done
 
 check abi '1 dev: abi takes --update alone: --update x' "$(dev abi --update x)"
+check 'bench --device' '1 dev: bench --device takes --save alone: --check' "$(dev bench --device --check)"
+check 'bench --plot' '1 dev: bench --plot takes no arguments: x' "$(dev bench --way proot --plot x)"
 check desk '1 dev: desk takes one name: x y' "$(dev desk --way proot x y)"
 
 builds
@@ -114,6 +116,18 @@ check 'a build that tells' "1 dev: building release ... failed
     FAILED: b.o
 $(seq -f '    %g' 29)
 dev: building release failed; all of its output is in build/log/build-release.log" "$(dev build)"
+
+# A run of the benchmarks that is to be the committed one: its table takes the last one's place.
+stand_in cmake 'true'
+mkdir -p devkit/device docs
+stand_in ../devkit/device/device 'printf "%s\n" "$*" "case  ratio  " "sort  1.2" "3 of 4 goals met" "saved"'
+page() { printf '%s\n' '```' typed '```' '## The last run' 'Where:' '```' "$@" '```' text '## Missed' '```' kept '```'; }
+page old table >docs/performance.md
+check 'a run of the benchmarks' 'case  ratio  ' "$(./dev bench sort 2>/dev/null | sed -n 2p)"
+check 'is not saved' "$(page old table)" "$(cat docs/performance.md)"
+check 'one that is to be saved' '--quiet --build build/bench/out -- build/bench/out/bench --committed docs/performance/ratios.tsv --save' \
+    "$(./dev bench --save 2>/dev/null | sed -n 1p)"
+check 'is' "$(page 'case  ratio' 'sort  1.2' '3 of 4 goals met')" "$(cat docs/performance.md)"
 
 # A vendor configures by a preset, with a compiler that may warn of something else.
 check 'presets that make warnings errors' '' "$(grep -e Werror -e WERROR CMakePresets.json)"
