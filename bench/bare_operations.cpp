@@ -21,14 +21,23 @@ std::string parameter(const ITransaction& transaction, int index)
     return value;
 }
 
+bool reading_once = false;
+Text owner_file; // as the requester's check read it
+
+/** The owner's name, read anew where the file is read more than once. */
+Text ownerOfDevice()
+{
+    return reading_once ? copyOf(between(owner_file.get(), "<owner>", "</owner>")) : ownerName();
+}
+
 void authenticate(const ITransaction& transaction)
 {
     std::string credentials;
     transaction.getAuthInfo(credentials);
     const Text login = decode(credentials);
     *std::strchr(login.get(), ':') = '\0';
-    const Text file = readOwnerFile();
-    const std::string_view owner = between(file.get(), "<owner>", "</owner>");
+    owner_file = readOwnerFile();
+    const std::string_view owner = between(owner_file.get(), "<owner>", "</owner>");
     const int is_owner = strncasecmp(owner.data(), login.get(), owner.size()) == 0 ? 1 : 0;
     const int is_sh = is_owner == 1 || isMember(login.get()) ? 1 : 0;
     BARE_DEBUG(
@@ -119,13 +128,12 @@ void deleteAccount(ITransaction& transaction, std::string& response)
 void unregister(ITransaction& transaction, std::string& /*response*/)
 {
     BARE_DEBUG("DEBUG:%s:%d Unregister\n", "cloud_owner.cpp", 1190);
-    exchange(format(UNREGISTER_USER_MXL_TEXT));
+    exchange(Text(strdup(UNREGISTER_USER_MXL_TEXT)));
     transaction.setCode(CODE_NOREPLY);
     BARE_INFO("[syscmd:UnregisterHandler] :Unregister SUCCESS\n");
 }
 
-/** The change with new hashes and a cloud user; the owner is asked for twice, as both routines do.
- */
+/** The change with new hashes and a cloud user. */
 void changeUser(
     const char* id,
     const char* username,
@@ -134,9 +142,9 @@ void changeUser(
     const char* p2p
 )
 {
-    const bool is_owner = std::strcmp(ownerName().get(), username) == 0;
+    const Text owner = ownerOfDevice();
+    const bool is_owner = std::strcmp(owner.get(), username) == 0;
     const char* group = is_owner ? "admin" : "sky-hold";
-    const Text owner = ownerName();
     const Hashes hashes = decodeHashes(pair);
     BARE_INFO(
         "[syscmd:UpdateUser] username=%s, smbhash=%s, syshash=%s, group=%s, email=%s "
@@ -212,7 +220,7 @@ void bareExecute(ITransaction& transaction)
     transaction.setMoniker("/root/devices");
     transaction.setMethod("userstate");
     transaction.setBodyType("jobstate");
-    std::string response = "system command failed";
+    std::string response;
     const std::string name = parameter(transaction, 0);
     if (name != "unregister") {
         authenticate(transaction);
@@ -223,5 +231,13 @@ void bareExecute(ITransaction& transaction)
             break;
         }
     }
-    transaction.addResponseParam(response);
+    static const std::string FAILED = "system command failed";
+    transaction.addResponseParam(response.empty() ? FAILED : response);
+}
+
+void bareExecuteReadingOnce(ITransaction& transaction)
+{
+    reading_once = true;
+    bareExecute(transaction);
+    reading_once = false;
 }

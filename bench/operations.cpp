@@ -67,6 +67,22 @@ void benchTime(
     setLog(3, false);
 }
 
+void benchSystemCalls(
+    Frame& frame,
+    const std::string& name,
+    const std::function<void()>& ours,
+    const std::function<void()>& floor,
+    const char* against,
+    double goal
+)
+{
+    const long mine = countSystemCalls(ours);
+    if (mine >= 0) {
+        const long least = countSystemCalls(floor);
+        frame.count(name, against, static_cast<double>(mine), static_cast<double>(least), goal);
+    }
+}
+
 void countCalls(Frame& frame, const Command& command)
 {
     const auto ours = work(command, 3, ourExecute);
@@ -85,13 +101,11 @@ void countCalls(Frame& frame, const Command& command)
     }
     name = command.params[0] + ", system calls";
     if (frame.wants(name)) {
-        const long mine = countSystemCalls(ours);
-        if (mine >= 0) {
-            frame.count(
-                name, "floor", static_cast<double>(mine),
-                static_cast<double>(countSystemCalls(floor)), 1
-            );
-        }
+        benchSystemCalls(frame, name, ours, work(command, 3, bareExecute), "floor", 1);
+    }
+    name += ", owner file read once";
+    if (command.params[0].starts_with("up") && frame.wants(name)) { // an update or upgrade
+        benchSystemCalls(frame, name, ours, work(command, 3, bareExecuteReadingOnce), "floor", 0);
     }
 }
 
