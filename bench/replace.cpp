@@ -189,9 +189,7 @@ void growReplace(Growth& growth)
 {
     growth.measure("replace", {100, 1000, 10000, 100000, 1000000, 10000000}, [](std::size_t bytes) {
         const auto job = std::make_shared<Job>(jobOf(bytes, 9, "&", "&amp;"));
-        Curves curves = {
-            curveOf("ptReplaceStr", [job] { return replaceOurs(*job); }),
-            curveOf("g_strsplit, g_strjoinv", [job] { return replaceBySplitting(*job); })};
+        Curves curves = {curveOf("ptReplaceStr", [job] { return replaceOurs(*job); })};
         for (const Peer& peer : PEERS) {
             curves.push_back(curveOf(peer.name, [job, peer] { return peer.replace(*job); }));
         }
