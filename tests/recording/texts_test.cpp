@@ -64,7 +64,8 @@ TEST(Secrets, AreNotWritten)
 
 TEST(Secrets, ArePairsWhereverTheyStand)
 {
-    const std::string pairs[] = {"NEUzOiQxJGEkYg==", "NEUzOiQxJGEkYmM=", "NEUzOiQxJGEkYmNk"};
+    const std::string pairs[] = {"NEUzOiQxJGEkYg==", "NEUzOiQxJGEkYmM=", "NEUzOiQxJGEkYmNk", "OjpAOjo/Ojp+Ojo9",
+        "OjpaOjpzOjp0OjpZ"}; // digits at the edges of their ranges, too
     const std::string no_pairs[] = {"NEUzOiQxJGEk", "NEUzOiQxJGEkYg=", "MTIzNDU2Nzg5MDEyMzQ1", "NEUzOiQxJGEkYmN"};
     for (std::size_t distance = 0; distance < 17; ++distance) {
         for (const char* edge : {".", " ", "=", "_", "<z>", "\xFF"}) {
@@ -98,6 +99,10 @@ TEST(Json, EveryByteIsWrittenAsItStandsForItself)
                     std::string(before, '~') + expected + (*behind == '\\' ? "\\" : "") + behind)
                     << byte;
     }
+    std::string quotes;
+    for (int i = 0; i < 5000; ++i)
+        quotes += R"(\")"; // more than room is made for at first
+    EXPECT_EQ(as_json(std::string(5000, '"')), quotes);
     for (std::size_t before = 0; before < 10; ++before)
         EXPECT_EQ(as_json(std::string(before, ' ') + "\u00E9\U0001F600 far enough"),
             std::string(before, ' ') + "\u00E9\U0001F600 far enough");
