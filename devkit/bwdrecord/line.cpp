@@ -2,6 +2,7 @@
 
 #include "devkit/bwdrecord/format.h"
 #include "devkit/bwdrecord/pseudonym.h"
+#include "devkit/bwdrecord/redacted.h"
 
 #include <cstring>
 

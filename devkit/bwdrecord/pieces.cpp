@@ -1,17 +1,16 @@
 #include "devkit/bwdrecord/pieces.h"
 
-#include <glib.h>
+#include "devkit/bwdrecord/pair.h"
 
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 namespace {
 
-/** Shorter runs of Base64 are words; the shortest pair of hashes that means something is longer. */
-constexpr std::size_t SHORTEST_PAIR = 16;
-
 constexpr struct {
-    const char* tag;
-    const char* end;
+    std::string_view tag;
+    std::string_view end;
     PieceKind kind;
 } ELEMENTS[] = {
     {"<SmbHash>", "</SmbHash", PieceKind::Secret},
@@ -24,64 +23,47 @@ constexpr struct {
     {"<xs:error-details>", "</xs:error-details", PieceKind::Detail},
 };
 
-/** With what the names of these elements begin. */
+/** With what the names of these elements begin: of the secrets', and of all. */
 struct InitialTable {
-    bool of[256] = {};
+    bool secret[256] = {};
+    bool any[256] = {};
 
     constexpr InitialTable()
     {
         for (const auto& element : ELEMENTS) {
-            of[static_cast<unsigned char>(element.tag[1])] = true;
+            const auto initial = static_cast<unsigned char>(element.tag[1]);
+            any[initial] = true;
+            secret[initial] = secret[initial] || element.kind == PieceKind::Secret;
         }
     }
 };
 constexpr InitialTable INITIALS;
 
-constexpr const char* NAME_ATTRIBUTES[] = {" FullName", " UserName", " value"};
-constexpr char AUTHORIZATION[] = "Authorization: ";
-constexpr char CDATA[] = "<![CDATA[";
+constexpr std::string_view NAME_ATTRIBUTES[] = {" FullName", " UserName", " value"};
+constexpr std::string_view AUTHORIZATION = "Authorization: ";
+constexpr std::string_view CDATA = "<![CDATA[";
 
-bool starts_with(const char* at, const char* end, const char* text)
+/** By the last byte first, which few others share. */
+bool starts_with(const char* at, const char* end, std::string_view text)
 {
-    const std::size_t length = std::strlen(text);
-    return static_cast<std::size_t>(end - at) >= length && std::memcmp(at, text, length) == 0;
+    return static_cast<std::size_t>(end - at) >= text.size() &&
+           at[text.size() - 1] == text.back() && std::memcmp(at, text.data(), text.size()) == 0;
 }
 
-const char* find(const char* at, const char* end, const char* text)
+const char* find(const char* at, const char* end, char c)
 {
-    return static_cast<const char*>(
-        memmem(at, static_cast<std::size_t>(end - at), text, std::strlen(text))
-    );
+    return at == end
+               ? nullptr
+               : static_cast<const char*>(std::memchr(at, c, static_cast<std::size_t>(end - at)));
 }
 
-/** What a byte may begin. */
-enum class Byte : unsigned char {
-    Other,
-    Base64,
-    Tag,
-    Value,
-};
-
-/** Of each byte, since every byte of every text is looked at. */
-struct ByteTable {
-    Byte of[256] = {};
-
-    constexpr ByteTable()
-    {
-        constexpr char BASE64[] =
-            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-        for (const char* c = BASE64; *c != '\0'; ++c) {
-            of[static_cast<unsigned char>(*c)] = Byte::Base64;
-        }
-        of[static_cast<unsigned char>('<')] = Byte::Tag;
-        of[static_cast<unsigned char>('=')] = Byte::Value;
+/** By its first byte, which is rare in what is searched: quicker than memmem() for short texts. */
+const char* find(const char* at, const char* end, std::string_view text)
+{
+    while ((at = find(at, end, text.front())) != nullptr && !starts_with(at, end, text)) {
+        ++at;
     }
-};
-constexpr ByteTable BYTES;
-
-Byte kind_of(char c)
-{
-    return BYTES.of[static_cast<unsigned char>(c)];
+    return at;
 }
 
 Piece piece_between(PieceKind kind, const char* at, const char* end)
@@ -92,7 +74,8 @@ Piece piece_between(PieceKind kind, const char* at, const char* end)
 /** What the element whose start tag is at `at` holds, without the marks of a CDATA section. */
 bool element_at(const Pieces& in, const char* at, Piece* piece)
 {
-    if (at + 1 == in.end || !INITIALS.of[static_cast<unsigned char>(at[1])]) {
+    const auto& initials = in.names ? INITIALS.any : INITIALS.secret;
+    if (at + 1 == in.end || !initials[static_cast<unsigned char>(at[1])]) {
         return false; // as most tags
     }
     for (const auto& element : ELEMENTS) {
@@ -100,10 +83,10 @@ bool element_at(const Pieces& in, const char* at, Piece* piece)
             !starts_with(at, in.end, element.tag)) {
             continue;
         }
-        const char* content = at + std::strlen(element.tag);
+        const char* content = at + element.tag.size();
         const char* end = nullptr;
         if (starts_with(content, in.end, CDATA)) {
-            content += std::strlen(CDATA);
+            content += CDATA.size();
             // The end mark that the element's end follows: a value may hold others.
             for (const char* mark = content; (mark = find(mark, in.end, "]]>")) != nullptr;
                  mark += 3) {
@@ -123,17 +106,16 @@ bool element_at(const Pieces& in, const char* at, Piece* piece)
 /** The value of a name's attribute whose equals sign is at `at`. */
 bool attribute_at(const Pieces& in, const char* at, Piece* piece)
 {
-    if (!in.names || !starts_with(at, in.end, "=\"")) {
+    if (!starts_with(at, in.end, "=\"")) {
         return false;
     }
-    for (const char* name : NAME_ATTRIBUTES) {
-        const std::size_t length = std::strlen(name);
-        if (static_cast<std::size_t>(at - in.start) < length ||
-            std::memcmp(at - length, name, length) != 0) {
+    for (const std::string_view name : NAME_ATTRIBUTES) {
+        if (static_cast<std::size_t>(at - in.start) < name.size() ||
+            !starts_with(at - name.size(), at, name)) {
             continue;
         }
         const char* content = at + 2;
-        const char* end = find(content, in.end, "\"");
+        const char* end = find(content, in.end, '"');
         *piece = piece_between(PieceKind::Name, content, end != nullptr ? end : in.end);
         return piece->length > 0;
     }
@@ -142,109 +124,93 @@ bool attribute_at(const Pieces& in, const char* at, Piece* piece)
 
 bool authority_at(const Pieces& in, const char* at, Piece* piece)
 {
-    if (at != in.start || !in.names || !starts_with(at, in.end, AUTHORIZATION)) {
+    if (at != in.start || !starts_with(at, in.end, AUTHORIZATION)) {
         return false;
     }
-    const char* content = at + std::strlen(AUTHORIZATION);
+    const char* content = at + AUTHORIZATION.size();
     const char* end = find(content, in.end, "\r\n");
     *piece = piece_between(PieceKind::Name, content, end != nullptr ? end : in.end);
     return piece->length > 0;
 }
 
-/** The end of the run of Base64 characters at `at`, its padding included. */
-const char* end_of_run(const char* at, const char* end)
+/** The next element, name or pair from `at` on, where no run of Base64 characters has begun. */
+using Find = FoundPiece(const Pieces& in, const char* at);
+
+FoundPiece none(const Pieces& in)
 {
-    while (at < end && kind_of(*at) == Byte::Base64) {
-        ++at;
-    }
-    for (int padding = 0; padding < 2 && at < end && *at == '='; ++padding) {
-        ++at;
-    }
-    return at;
+    return {in.end, {PieceKind::Plain, in.end, 0}};
 }
 
-/** Finds the next piece that is not plain, from `at` on. */
-bool find_special(const Pieces& in, const char* at, Piece* piece)
+FoundPiece find_element(const Pieces& in, const char* at)
 {
-    if (authority_at(in, at, piece)) {
-        return true;
+    FoundPiece found;
+    while ((found.mark = find(at, in.end, '<')) != nullptr) {
+        if (element_at(in, found.mark, &found.piece)) {
+            return found;
+        }
+        at = found.mark + 1;
     }
-    while (at < in.end) {
-        const Byte byte = kind_of(*at);
-        if ((byte == Byte::Tag && element_at(in, at, piece)) ||
-            (byte == Byte::Value && attribute_at(in, at, piece))) {
-            return true;
-        }
-        if (byte != Byte::Base64) {
-            ++at;
-            continue;
-        }
-        const char* end = end_of_run(at, in.end);
-        const auto length = static_cast<std::size_t>(end - at);
-        if (length >= SHORTEST_PAIR && is_pair(at, length)) {
-            *piece = piece_between(PieceKind::Pair, at, end);
-            return true;
-        }
-        while (end > at && end[-1] == '=') {
-            --end; // an attribute's
-        }
-        at = end;
-    }
-    return false;
+    return none(in);
 }
+
+FoundPiece find_name(const Pieces& in, const char* at)
+{
+    FoundPiece found = {at, {}};
+    if (!in.names) {
+        return none(in);
+    }
+    if (authority_at(in, at, &found.piece)) {
+        return found;
+    }
+    while ((found.mark = find(at, in.end, '=')) != nullptr) {
+        if (attribute_at(in, found.mark, &found.piece)) {
+            return found;
+        }
+        at = found.mark + 1;
+    }
+    return none(in);
+}
+
+FoundPiece find_pair(const Pieces& in, const char* at)
+{
+    const Run pair = next_pair(at, in.end);
+    return pair.at == nullptr ? none(in)
+                              : FoundPiece{pair.at, {PieceKind::Pair, pair.at, pair.length}};
+}
+
+constexpr Find* FINDS[] = {find_element, find_name, find_pair};
 
 } // namespace
 
-bool is_pair(const char* text, std::size_t length)
-{
-    if (length < SHORTEST_PAIR || length % 4 != 0 ||
-        end_of_run(text, text + length) != text + length) {
-        return false;
-    }
-    bool colon = false;
-    int state = 0;
-    unsigned save = 0;
-    for (std::size_t done = 0; done < length;) {
-        unsigned char bytes[64];
-        const std::size_t step = length - done < sizeof bytes ? length - done : sizeof bytes;
-        const std::size_t count = g_base64_decode_step(text + done, step, bytes, &state, &save);
-        for (std::size_t i = 0; i < count; ++i) {
-            colon = colon || bytes[i] == ':';
-            if (bytes[i] < ' ' || bytes[i] > '~') {
-                return false;
-            }
-        }
-        done += step;
-    }
-    return colon;
-}
-
 Pieces pieces_of(const char* text, std::size_t length, bool names)
 {
-    return {text, text, text + length, names, {}};
+    Pieces in = {text, text, text + length, names, {}};
+    for (std::size_t i = 0; i < std::size(FINDS); ++i) {
+        in.next[i] = FINDS[i](in, text);
+    }
+    return in;
 }
 
 bool next_piece(Pieces* in, Piece* piece)
 {
-    Piece special = in->waiting;
-    in->waiting = {};
-    if (special.at == nullptr) {
-        if (in->at == in->end) {
-            return false;
-        }
-        if (!find_special(*in, in->at, &special)) {
-            *piece = piece_between(PieceKind::Plain, in->at, in->end);
-            in->at = in->end;
-            return true;
-        }
-        if (special.at > in->at) {
-            *piece = piece_between(PieceKind::Plain, in->at, special.at);
-            in->at = special.at;
-            in->waiting = special;
-            return true;
+    const FoundPiece* nearest = in->next;
+    for (const FoundPiece& found : in->next) {
+        nearest = found.mark < nearest->mark ? &found : nearest;
+    }
+    if (nearest->piece.at > in->at) {
+        *piece = piece_between(PieceKind::Plain, in->at, nearest->piece.at);
+        in->at = nearest->piece.at;
+        return true;
+    }
+    if (nearest->piece.kind == PieceKind::Plain) {
+        return false;
+    }
+    *piece = nearest->piece;
+    in->at = piece->at + piece->length;
+    for (std::size_t i = 0; i < std::size(FINDS); ++i) {
+        if (in->next[i].mark < in->at) { // this piece, or inside it
+            in->next[i] = FINDS[i](*in, in->at);
         }
     }
-    *piece = special;
-    in->at = special.at + special.length;
     return true;
 }

@@ -21,13 +21,20 @@ struct Piece {
     std::size_t length = 0;
 };
 
+/** A piece that is not plain, and the mark by which it was found: the pieces come in the order of
+ * their marks. */
+struct FoundPiece {
+    const char* mark = nullptr;
+    Piece piece;
+};
+
 /** Where the reading of a text is; made by pieces_of(). */
 struct Pieces {
     const char* start = nullptr;
     const char* at = nullptr;
     const char* end = nullptr;
     bool names = false;
-    Piece waiting; // found, behind the plain piece that was given out; none: at is null
+    FoundPiece next[3]; // of each way to find one; none: a plain one, at the end
 };
 
 /** @param names  whether to tell names and details; else they are plain */
@@ -42,6 +49,3 @@ constexpr char SECRET_STAND_IN[] = "REDACTED";
 constexpr char PAIR_STAND_IN[] = "UkVEQUNURUQ6UkVEQUNURUQ=";
 /** Base64 of SECRET_STAND_IN: no pair, where none was. */
 constexpr char NO_PAIR_STAND_IN[] = "UkVEQUNURUQ=";
-
-/** Whether the whole text is Base64 of a printable text with a colon. */
-bool is_pair(const char* text, std::size_t length);

@@ -3,7 +3,9 @@
 #include <glib.h>
 #include <pthread.h>
 
+#include <cstdint>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -41,79 +43,61 @@ void digest_of(
     g_checksum_get_digest(checksum, digest, &size);
 }
 
-/** Writes "LETTER-" and the digits for these bytes. */
-void write_part(char* to, char letter, const char* bytes, std::size_t length)
+/** The digits of a name's part that came lately. A command's transactions have few names, and its
+ * HMAC takes longer than all else of a line. */
+struct Known {
+    unsigned char length = 0; // 0: none
+    char part[63];
+    char digits[2 * SHOWN];
+};
+Known known[64];
+
+Known* place_of(const char* part, std::size_t length)
 {
-    unsigned char digest[DIGEST];
-    lock();
-    digest_of(digest, inner, bytes, length);
-    digest_of(digest, outer, digest, sizeof digest);
-    unlock();
+    std::uint32_t hash = 2166136261U; // FNV-1a
+    for (std::size_t i = 0; i < length; ++i) {
+        hash = (hash ^ static_cast<unsigned char>(part[i])) * 16777619U;
+    }
+    return &known[(hash ^ hash >> 16U) % std::size(known)];
+}
+
+void write_digits(char* to, const char* part, std::size_t length)
+{
     constexpr char DIGITS[] = "0123456789abcdef";
-    *to++ = letter;
-    *to++ = '-';
+    unsigned char digest[DIGEST];
+    digest_of(digest, inner, part, length);
+    digest_of(digest, outer, digest, sizeof digest);
     for (std::size_t i = 0; i < SHOWN; ++i) {
         *to++ = DIGITS[digest[i] >> 4U];
         *to++ = DIGITS[digest[i] & 15U];
     }
-    *to = '\0';
 }
 
-bool equals(const Piece& piece, const char* text)
+/** Writes the digits, worked out or known. */
+void write_known(char* to, const char* part, std::size_t length)
 {
-    return piece.length == std::strlen(text) && std::memcmp(piece.at, text, piece.length) == 0;
-}
-
-void add_pseudonym(Text* out, const Piece& name)
-{
-    if (name.length == 0 || equals(name, "(null)")) {
-        text_add_json(out, name.at, name.length);
+    if (length == 0 || length > sizeof Known::part) {
+        write_digits(to, part, length);
         return;
     }
-    char pseudonym[PSEUDONYM_SIZE];
-    pseudonym_of(pseudonym, name.at, name.length);
-    text_add(out, pseudonym, std::strlen(pseudonym));
+    Known* const place = place_of(part, length);
+    if (place->length != length || std::memcmp(place->part, part, length) != 0) {
+        place->length = static_cast<unsigned char>(length);
+        std::memcpy(place->part, part, length);
+        write_digits(place->digits, part, length);
+    }
+    std::memcpy(to, place->digits, sizeof place->digits);
 }
 
-bool is_word(char c)
+/** Writes "LETTER-" and the digits for these bytes. */
+void write_part(char* to, char letter, const char* bytes, std::size_t length)
 {
-    return g_ascii_isalnum(c) != FALSE || static_cast<unsigned char>(c) >= 0x80;
-}
-
-/** The longest name of the request that is the word, or words, at `at`; length 0: none. */
-Piece name_at(const Piece& detail, std::size_t at, const Piece& request)
-{
-    Piece longest;
-    if (at > 0 && is_word(detail.at[at - 1])) {
-        return longest;
-    }
-    const std::size_t left = detail.length - at;
-    Pieces pieces = pieces_of(request.at, request.length, true);
-    for (Piece piece; next_piece(&pieces, &piece);) {
-        if (piece.kind == PieceKind::Name && piece.length > longest.length &&
-            piece.length <= left && std::memcmp(detail.at + at, piece.at, piece.length) == 0 &&
-            (piece.length == left || !is_word(detail.at[at + piece.length]))) {
-            longest = piece;
-        }
-    }
-    return longest;
-}
-
-void add_detail(Text* out, const Piece& detail, const Piece& request)
-{
-    std::size_t shown = 0;
-    for (std::size_t at = 0; at < detail.length;) {
-        const Piece name = name_at(detail, at, request);
-        if (name.length == 0) {
-            ++at;
-            continue;
-        }
-        text_add_json(out, detail.at + shown, at - shown);
-        add_pseudonym(out, name);
-        at += name.length;
-        shown = at;
-    }
-    text_add_json(out, detail.at + shown, detail.length - shown);
+    to[0] = letter;
+    to[1] = '-';
+    lock();
+    write_known(to + 2, bytes, length);
+    unlock();
+    to[2 + 2 * SHOWN] = '\0';
 }
 
 } // namespace
@@ -141,6 +125,9 @@ void pseudonym_key(const char* key)
         digest_of(digest, nullptr, key, length);
         std::memcpy(block, digest, sizeof digest);
     }
+    for (Known& by_another_key : known) {
+        by_another_key.length = 0;
+    }
     for (std::size_t i = 0; i < BLOCK; ++i) {
         inner[i] = block[i] ^ 0x36U;
         outer[i] = block[i] ^ 0x5CU;
@@ -161,29 +148,5 @@ void pseudonym_of(char (&pseudonym)[PSEUDONYM_SIZE], const char* name, std::size
         const std::size_t end = std::strlen(pseudonym);
         pseudonym[end] = '@';
         write_part(pseudonym + end + 1, 'd', sign + 1, length - user - 1);
-    }
-}
-
-void add_redacted(Text* out, const char* text, std::size_t length, const Piece& request)
-{
-    Pieces pieces = pieces_of(text, length, pseudonyms_wanted());
-    for (Piece piece; next_piece(&pieces, &piece);) {
-        switch (piece.kind) {
-        case PieceKind::Plain:
-            text_add_json(out, piece.at, piece.length);
-            break;
-        case PieceKind::Secret:
-            text_add(out, SECRET_STAND_IN, sizeof SECRET_STAND_IN - 1);
-            break;
-        case PieceKind::Pair:
-            text_add(out, PAIR_STAND_IN, sizeof PAIR_STAND_IN - 1);
-            break;
-        case PieceKind::Name:
-            add_pseudonym(out, piece);
-            break;
-        case PieceKind::Detail:
-            add_detail(out, piece, request);
-            break;
-        }
     }
 }

@@ -4,9 +4,6 @@
  */
 #pragma once
 
-#include "devkit/bwdrecord/pieces.h"
-#include "devkit/bwdrecord/text.h"
-
 #include <cstddef>
 
 /** The most bytes of a pseudonym, its NUL included; an account's name takes so many. */
@@ -27,11 +24,3 @@ bool pseudonyms_wanted();
  * same. Without a key, and for the empty name and "(null)", it is not to be called.
  */
 void pseudonym_of(char (&pseudonym)[PSEUDONYM_SIZE], const char* name, std::size_t length);
-
-/**
- * Adds a transaction's text as a JSON string's content, with stand-ins for secrets, and with
- * pseudonyms where they are wanted.
- *
- * @param request  the request to it, whose names are replaced in the daemon's reasons, too
- */
-void add_redacted(Text* out, const char* text, std::size_t length, const Piece& request);

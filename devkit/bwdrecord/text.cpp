@@ -1,5 +1,7 @@
 #include "devkit/bwdrecord/text.h"
 
+#include "devkit/bwdrecord/eight_bytes.h"
+
 #include <glib.h>
 
 #include <cstdarg>
@@ -14,47 +16,33 @@ constexpr std::size_t FIRST_ROOM = 4096;
 constexpr std::size_t LONGEST_ESCAPE = 6;
 constexpr unsigned PRIVATE_AREA = 0xF700;
 
-/** Which bytes stand for themselves in JSON and need no look at those around them. */
-struct PlainTable {
-    bool of[256] = {};
+/** What stands for a byte in JSON where those around it need no look. */
+struct Shown {
+    bool escaped = false; // by a backslash in front of it
+    char letter = '\0';   // NUL: the byte needs a look
+};
+struct ShownTable {
+    Shown of[256];
 
-    constexpr PlainTable()
+    constexpr ShownTable()
     {
         for (unsigned byte = ' '; byte < 0x7F; ++byte) {
-            of[byte] = byte != '"' && byte != '\\';
+            of[byte].letter = static_cast<char>(byte);
         }
+        of[static_cast<unsigned char>('"')] = {true, '"'};
+        of[static_cast<unsigned char>('\\')] = {true, '\\'};
+        of[static_cast<unsigned char>('\t')] = {true, 't'};
+        of[static_cast<unsigned char>('\r')] = {true, 'r'};
+        of[static_cast<unsigned char>('\n')] = {true, 'n'};
     }
 };
-constexpr PlainTable PLAIN;
+constexpr ShownTable SHOWN;
 
-/** What stands behind a backslash for this byte; NUL: nothing does. */
-char letter_for(char byte)
-{
-    switch (byte) {
-    case '"':
-    case '\\':
-        return byte;
-    case '\t':
-        return 't';
-    case '\r':
-        return 'r';
-    case '\n':
-        return 'n';
-    default:
-        return '\0';
-    }
-}
-
-/** Writes, at `*to` and behind it, what stands for the next character; how many bytes it has taken.
- */
+/** Writes, at `*to` and behind it, what stands for the next character, whose first byte needs a
+ * look; how many bytes it has taken. */
 std::size_t add_character(char** to, const char* at, std::size_t left)
 {
     const auto byte = static_cast<unsigned char>(*at);
-    if (const char letter = letter_for(*at)) {
-        *(*to)++ = '\\';
-        *(*to)++ = letter;
-        return 1;
-    }
     if (byte >= 0x80) {
         const gunichar character =
             g_utf8_get_char_validated(at, static_cast<gssize>(left < 8 ? left : 8));
@@ -73,6 +61,36 @@ std::size_t add_character(char** to, const char* at, std::size_t left)
     std::memcpy(*to, escape, LONGEST_ESCAPE);
     *to += LONGEST_ESCAPE;
     return 1;
+}
+
+/** The same for any character; behind it. Quotes come when they like: they are told from others
+ * without a branch. */
+const char* add_next(char** to, const char* at, const char* end)
+{
+    const Shown shown = SHOWN.of[static_cast<unsigned char>(*at)];
+    if (shown.letter == '\0') {
+        return at + add_character(to, at, static_cast<std::size_t>(end - at));
+    }
+    **to = '\\';
+    *to += shown.escaped ? 1 : 0;
+    *(*to)++ = shown.letter;
+    return at + 1;
+}
+
+constexpr std::size_t ROOM_OF_STEP = EIGHT + LONGEST_ESCAPE;
+
+/** Copies eight bytes; how many of them, up to the first that does not, stand for themselves. */
+std::ptrdiff_t copy_plain(char* to, const char* at)
+{
+    std::memcpy(to, at, EIGHT);
+    const std::uint64_t bytes = eight_bytes(at);
+    // Less than a space, a quote, a backslash, 0x7F and more. A borrow or carry reaches only those
+    // behind such a byte.
+    const std::uint64_t special =
+        ((bytes - EACH_BYTE * ' ') | ((bytes ^ EACH_BYTE * '"') - EACH_BYTE) |
+         ((bytes ^ EACH_BYTE * '\\') - EACH_BYTE) | bytes | (bytes + EACH_BYTE)) &
+        TOP_BITS;
+    return special == 0 ? EIGHT : __builtin_ctzll(special) / 8;
 }
 
 } // namespace
@@ -122,20 +140,18 @@ void text_add_json(Text* text, const char* bytes, std::size_t length)
 {
     const char* const end = bytes + length;
     while (bytes < end) {
-        // As many as fit whatever they are, so that room is looked for rarely.
-        if (!text_reserve(text, LONGEST_ESCAPE)) {
+        if (!text_reserve(text, ROOM_OF_STEP)) {
             return;
         }
-        const std::size_t fit = (text->room - text->length) / LONGEST_ESCAPE;
-        const char* const stop = static_cast<std::size_t>(end - bytes) < fit ? end : bytes + fit;
+        const char* const last = text->bytes + text->room - ROOM_OF_STEP;
         char* to = text->bytes + text->length;
-        while (bytes < stop) {
-            while (bytes < stop && PLAIN.of[static_cast<unsigned char>(*bytes)]) {
-                *to++ = *bytes++;
+        while (bytes < end && to <= last) {
+            if (end - bytes > EIGHT) {
+                const std::ptrdiff_t plain = copy_plain(to, bytes);
+                to += plain;
+                bytes += plain;
             }
-            if (bytes < stop) {
-                bytes += add_character(&to, bytes, static_cast<std::size_t>(end - bytes));
-            }
+            bytes = add_next(&to, bytes, end);
         }
         text->length = static_cast<std::size_t>(to - text->bytes);
     }

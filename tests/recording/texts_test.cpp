@@ -2,22 +2,32 @@
 #include "devkit/broker/record/log_file.h"
 #include "devkit/broker/record/redaction.h"
 #include "devkit/bwdrecord/pseudonym.h"
+#include "devkit/bwdrecord/redacted.h"
 #include "devkit/recording/characters.h"
 #include "devkit/recording/recording.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <map>
+
 namespace {
 
-/** The text as the library writes it. */
+/** The text as the library writes it: inside a JSON string. */
+std::string as_json(const std::string& text, const std::string& request = "")
+{
+    const std::vector<char> exact(text.begin(), text.end()); // nothing readable behind its end
+    Text out;
+    add_redacted(&out, exact.data(), exact.size(), {PieceKind::Plain, request.data(), request.size()});
+    const std::string json(out.bytes == nullptr ? "" : out.bytes, out.length);
+    text_free(&out);
+    return json;
+}
+
 std::string written(const std::string& text, const std::string& request = "")
 {
-    Text out;
-    add_redacted(&out, text.data(), text.size(), {PieceKind::Plain, request.data(), request.size()});
-    const std::string json = '"' + std::string(out.bytes == nullptr ? "" : out.bytes, out.length) + '"';
-    text_free(&out);
-    return as_bytes(nlohmann::json::parse(json).get<std::string>());
+    return as_bytes(nlohmann::json::parse('"' + as_json(text, request) + '"').get<std::string>());
 }
 
 std::string in_element(const std::string& name, const std::string& value)
@@ -50,6 +60,52 @@ TEST(Secrets, AreNotWritten)
         EXPECT_EQ(written(text), shown);
         EXPECT_EQ(written(shown), shown) << "a stand-in stays";
     }
+}
+
+TEST(Secrets, ArePairsWhereverTheyStand)
+{
+    const std::string pairs[] = {"NEUzOiQxJGEkYg==", "NEUzOiQxJGEkYmM=", "NEUzOiQxJGEkYmNk", "OjpAOjo/Ojp+Ojo9",
+        "OjpaOjpzOjp0OjpZ"}; // digits at the edges of their ranges, too
+    const std::string no_pairs[] = {"NEUzOiQxJGEk", "NEUzOiQxJGEkYg=", "MTIzNDU2Nzg5MDEyMzQ1", "NEUzOiQxJGEkYmN"};
+    for (std::size_t distance = 0; distance < 17; ++distance) {
+        for (const char* edge : {".", " ", "=", "_", "<z>", "\xFF"}) {
+            const std::string before = std::string(distance, distance % 2 == 0 ? '.' : ' ') + "word" + edge;
+            const std::string behind = *edge == '=' ? "" : edge;
+            for (const std::string& pair : pairs)
+                EXPECT_EQ(written(before + pair + behind), before + PAIR_STAND_IN + behind);
+            for (const std::string& no_pair : no_pairs)
+                EXPECT_EQ(written(before + no_pair + behind), before + no_pair + behind);
+        }
+    }
+    const std::string long_run(1000, 'A');
+    EXPECT_EQ(written(long_run + '.' + pairs[0] + pairs[2]), long_run + '.' + PAIR_STAND_IN + PAIR_STAND_IN);
+    EXPECT_EQ(written(pairs[2] + "<SmbHash>" + pairs[0]), std::string(PAIR_STAND_IN) + "<SmbHash>REDACTED");
+    EXPECT_EQ(written(pairs[2] + "<SmbHash>"), std::string(PAIR_STAND_IN) + "<SmbHash>REDACTED");
+}
+
+/** Every byte at every place among eight, which are looked at together. */
+TEST(Json, EveryByteIsWrittenAsItStandsForItself)
+{
+    const std::map<int, std::string> letters = {
+        {'"', R"(\")"}, {'\\', R"(\\)"}, {'\t', R"(\t)"}, {'\r', R"(\r)"}, {'\n', R"(\n)"}};
+    for (int byte = 0; byte < 0x100; ++byte) {
+        char shown[8] = {static_cast<char>(byte)};
+        if (byte < ' ' || byte >= 0x7F)
+            std::snprintf(shown, sizeof shown, "\\u%04x", byte < 0x80 ? byte : 0xF700 + byte);
+        const std::string expected = letters.count(byte) != 0 ? letters.at(byte) : shown;
+        for (std::size_t before = 0; before < 10; ++before)
+            for (const char* behind : {"", "!", "\\behind it, far enough"})
+                EXPECT_EQ(as_json(std::string(before, '~') + static_cast<char>(byte) + behind),
+                    std::string(before, '~') + expected + (*behind == '\\' ? "\\" : "") + behind)
+                    << byte;
+    }
+    std::string quotes;
+    for (int i = 0; i < 5000; ++i)
+        quotes += R"(\")"; // more than room is made for at first
+    EXPECT_EQ(as_json(std::string(5000, '"')), quotes);
+    for (std::size_t before = 0; before < 10; ++before)
+        EXPECT_EQ(as_json(std::string(before, ' ') + "\u00E9\U0001F600 far enough"),
+            std::string(before, ' ') + "\u00E9\U0001F600 far enough");
 }
 
 TEST(Secrets, StandIsForThemInStatements)
@@ -95,6 +151,9 @@ TEST(Pseudonyms, AreTheSameForTheSameName)
             {in_element("P2PUserName", ""), in_element("P2PUserName", "")},
             {in_element("P2PUserName", "(null)"), in_element("P2PUserName", "(null)")},
             {"Authorization: alice\r\n<a>alice</a>", "Authorization: " + alice + "\r\n<a>alice</a>"},
+            {"<User_Name>alice</User_Name>\"/>", "<User_Name>" + alice + "</User_Name>\"/>"},
+            {"<xs:value>alice@ value=\"</xs:value>bob\"",
+                "<xs:value>" + alice + "@d-" + digits(key, " value=\"") + "</xs:value>bob\""},
             {"<User FullName=\"\" UserName=\"alice\"/>", "<User FullName=\"\" UserName=\"" + alice + "\"/>"},
             {"<xs:value>alice</xs:value>" + in_element("SmbHash", "x"),
                 "<xs:value>" + alice + "</xs:value>" + in_element("SmbHash", "REDACTED")},
@@ -104,6 +163,12 @@ TEST(Pseudonyms, AreTheSameForTheSameName)
         const std::string request = "<User_Name>al</User_Name>" + in_element("xs:value", "alice@example.com");
         EXPECT_EQ(written(in_element("xs:error-details", "User alice@example.com also al, not alas"), request),
             in_element("xs:error-details", "User " + address + " also u-" + digits(key, "al") + ", not alas"));
+        for (int round = 0; round < 2; ++round) { // worked out, then known or not any more
+            for (std::size_t i = 0; i < 300; ++i) {
+                const std::string name = std::to_string(i * i) + std::string(i % 90, 'n');
+                EXPECT_EQ(written(in_element("User_Name", name)), in_element("User_Name", "u-" + digits(key, name)));
+            }
+        }
         Redaction redaction({{"deleteuser", "alice", "al"}, "alice:x", 3});
         redaction.learn({{{"account", "1"}, {{"name", "bob"}, {"email", "alice@example.com"}, {"p2p_user_name", ""}}}});
         EXPECT_EQ(

@@ -1,5 +1,6 @@
 #include "devkit/broker/record/redaction.h"
 
+#include "devkit/bwdrecord/pieces.h"
 #include "devkit/bwdrecord/pseudonym.h"
 
 #include <glib.h>
