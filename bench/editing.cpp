@@ -76,12 +76,12 @@ void benchEditing(Frame& frame)
         std::size_t bytes;
         double goal;
     };
-    for (const auto& [size, bytes, goal] :
-         {Size{"1 KB", 1000, 0}, {"16 KiB", 16 << 10, 1.1}, {"1 MiB", 1 << 20, 1.1}}) {
-        const std::string text = wordsOf(bytes);
-        const auto against_table = [&, goal = goal](std::string name, auto ours, auto by_table) {
+    for (const Size& size :
+         {Size{"1 KB", 1000, 0}, Size{"16 KiB", 16 << 10, 1.1}, Size{"1 MiB", 1 << 20, 1.1}}) {
+        const std::string text = wordsOf(size.bytes);
+        const auto against_table = [&](const std::string& name, auto ours, auto by_table) {
             frame.compare(
-                {.name = std::move(name) + ", " + size, .against = "table loop", .goal = goal},
+                {.name = name + ", " + size.name, .against = "table loop", .goal = size.goal},
                 [&] { return edited(text, ours); }, [&] { return edited(text, by_table); }
             );
         };

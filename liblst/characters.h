@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cctype>
+#include <cstddef>
 
 /**
  * White space as isspace(3) tells it in the thread's locale, by the table that it reads: one call a
@@ -21,7 +22,7 @@ class WhiteSpace {
 /** Line feed and carriage return; by a table, since two comparisons a byte take longer. */
 class LineEnd {
   public:
-    LineEnd() { ends['\n'] = ends['\r'] = true; }
+    LineEnd() { ends[std::size_t{'\n'}] = ends[std::size_t{'\r'}] = true; }
     bool operator()(char character) const { return ends[static_cast<unsigned char>(character)]; }
 
   private:
