@@ -111,7 +111,7 @@ void end_chaos(Store& store)
 
 std::optional<Chaos> present_chaos(Store& store)
 {
-    Prepared row(store.database(), "SELECT seed, rate, kinds, count, come FROM chaos");
+    BoundStatement row(store.database(), "SELECT seed, rate, kinds, count, come FROM chaos");
     if (!row->executeStep()) {
         return std::nullopt;
     }

@@ -14,7 +14,9 @@ struct Row {
 
 std::vector<Row> rows(Connection& database)
 {
-    Prepared row(database, "SELECT id, kind, text, skip, count, holds FROM orders ORDER BY id");
+    BoundStatement row(
+        database, "SELECT id, kind, text, skip, count, holds FROM orders ORDER BY id"
+    );
     std::vector<Row> found;
     while (row->executeStep()) {
         found.push_back(

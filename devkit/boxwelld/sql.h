@@ -13,16 +13,16 @@ class Connection : public SQLite::Database {
     using Database::Database;
 
   private:
-    friend class Prepared;
+    friend class BoundStatement;
     std::unordered_map<std::string, SQLite::Statement> statements_; // by their texts
 };
 
 /** The use of a statement, which nobody uses meanwhile; it is prepared once a connection. Values
  * are bound anew. */
-class Prepared {
+class BoundStatement {
   public:
     template<class... Values>
-    Prepared(Connection& database, const std::string& sql, const Values&... values)
+    BoundStatement(Connection& database, const std::string& sql, const Values&... values)
         : statement_(database.statements_.try_emplace(sql, database, sql).first->second)
     {
         statement_.clearBindings();
@@ -30,9 +30,9 @@ class Prepared {
             SQLite::bind(statement_, values...);
         }
     }
-    Prepared(const Prepared&) = delete;
-    Prepared& operator=(const Prepared&) = delete;
-    ~Prepared() { statement_.tryReset(); } // what failed has been thrown
+    BoundStatement(const BoundStatement&) = delete;
+    BoundStatement& operator=(const BoundStatement&) = delete;
+    ~BoundStatement() { statement_.tryReset(); } // what failed has been thrown
     SQLite::Statement* operator->() { return &statement_; }
 
   private:
@@ -43,12 +43,12 @@ class Prepared {
 template<class... Values>
 int execute(Connection& database, const std::string& sql, const Values&... values)
 {
-    return Prepared(database, sql, values...)->exec();
+    return BoundStatement(database, sql, values...)->exec();
 }
 
 /** Whether the query gives a row. */
 template<class... Values>
 bool exists(Connection& database, const std::string& sql, const Values&... values)
 {
-    return Prepared(database, sql, values...)->executeStep();
+    return BoundStatement(database, sql, values...)->executeStep();
 }

@@ -122,7 +122,7 @@ void Store::add_group(const std::string& name, std::optional<std::int64_t> id)
 
 std::vector<Group> Store::groups()
 {
-    Prepared row(database_, "SELECT id, name FROM groups ORDER BY id");
+    BoundStatement row(database_, "SELECT id, name FROM groups ORDER BY id");
     std::vector<Group> found;
     while (row->executeStep()) {
         found.push_back({row->getColumn(0).getInt64(), row->getColumn(1)});
@@ -152,7 +152,7 @@ void Store::delete_remote_user(const std::string& name)
 
 std::vector<RemoteUser> Store::remote_users()
 {
-    Prepared row(database_, "SELECT name, full_name FROM remote_users ORDER BY name");
+    BoundStatement row(database_, "SELECT name, full_name FROM remote_users ORDER BY name");
     std::vector<RemoteUser> found;
     while (row->executeStep()) {
         found.push_back({row->getColumn(0), row->getColumn(1)});
@@ -171,7 +171,7 @@ void Store::set_cloud_owner(const std::string& name)
 
 std::string Store::cloud_owner()
 {
-    Prepared row(database_, "SELECT name FROM cloud_owner");
+    BoundStatement row(database_, "SELECT name FROM cloud_owner");
     return row->executeStep() ? row->getColumn(0).getString() : "";
 }
 

@@ -17,7 +17,7 @@ constexpr char MEMBER_OF[] = "SELECT name FROM memberships JOIN groups ON id = g
 constexpr char RENAME_OWNER[] =
     "UPDATE cloud_owner SET name = ? WHERE name = (SELECT name FROM accounts WHERE id = ?)";
 
-void bind(Prepared& row, const char* parameter, const std::optional<std::string>& text)
+void bind(BoundStatement& row, const char* parameter, const std::optional<std::string>& text)
 {
     if (text) {
         row->bind(parameter, *text);
@@ -33,7 +33,7 @@ Refusal unknown(std::int64_t id)
 
 std::int64_t Store::group_id(const std::string& name)
 {
-    Prepared row(database_, "SELECT id FROM groups WHERE name = ?", name);
+    BoundStatement row(database_, "SELECT id FROM groups WHERE name = ?", name);
     if (!row->executeStep()) {
         throw Refusal("Unknown group " + name);
     }
@@ -65,7 +65,7 @@ void Store::set_account(std::int64_t id, const AccountFields& fields)
     if (fields.name || fields.group) {
         touch(id);
     }
-    Prepared change(database_, SET_ACCOUNT);
+    BoundStatement change(database_, SET_ACCOUNT);
     change->bind(":id", id);
     bind(change, ":name", fields.name);
     if (fields.group) {
@@ -117,7 +117,7 @@ std::vector<Account> Store::find_accounts(Property property, Match match, const 
     const std::string column = property == Property::UserName ? "a.name" : "a.email";
     const std::string condition =
         match == Match::Equal ? column + " = ?" : "instr(lower(" + column + "), lower(?)) > 0";
-    Prepared row(
+    BoundStatement row(
         database_,
         "SELECT a.id, a.name, g.name, locked, email, smb_hash, sys_hash, p2p_user_name"
         " FROM accounts a JOIN groups g ON g.id = group_id WHERE " +
@@ -137,7 +137,7 @@ std::vector<Account> Store::find_accounts(Property property, Match match, const 
              row->getColumn(7),
              {}}
         );
-        Prepared membership(database_, MEMBER_OF, found.back().id);
+        BoundStatement membership(database_, MEMBER_OF, found.back().id);
         while (membership->executeStep()) {
             found.back().member_of.push_back(membership->getColumn(0));
         }

@@ -11,7 +11,7 @@ constexpr char MEMBERS[] = "SELECT name FROM memberships JOIN accounts ON id = a
                            " WHERE memberships.group_id = ? ORDER BY name";
 
 /** The line of a row of ACCOUNTS: home /home/NAME, shell /bin/false, no hashes. */
-std::string line_of(Prepared& row)
+std::string line_of(BoundStatement& row)
 {
     const std::string name = row->getColumn(0);
     return name + ":x:" + row->getColumn(1).getString() + ':' + row->getColumn(2).getString() +
@@ -25,7 +25,7 @@ void Store::read_account_files()
     const Timed timed(Stage::Files);
     touched_accounts_.clear();
     touched_groups_.clear();
-    Prepared row(database_, "PRAGMA data_version");
+    BoundStatement row(database_, "PRAGMA data_version");
     row->executeStep();
     const std::int64_t version = row->getColumn(0);
     if (std::exchange(version_, version) != version || !passwd_.is_known() || !group_.is_known()) {
@@ -48,7 +48,7 @@ void Store::write_account_files()
 void Store::replace_account_files()
 {
     std::vector<std::string> lines;
-    Prepared row(database_, std::string(ACCOUNTS) + " ORDER BY name");
+    BoundStatement row(database_, std::string(ACCOUNTS) + " ORDER BY name");
     while (row->executeStep()) {
         lines.push_back(line_of(row));
     }
@@ -77,17 +77,17 @@ bool Store::write_touched()
 
 std::string Store::passwd_line(std::int64_t id)
 {
-    Prepared row(database_, std::string(ACCOUNTS) + " WHERE id = ?", id);
+    BoundStatement row(database_, std::string(ACCOUNTS) + " WHERE id = ?", id);
     return row->executeStep() ? line_of(row) : "";
 }
 
 /** Members are the accounts that are in it beside their primary group. */
 std::string Store::group_line(std::int64_t id)
 {
-    Prepared group(database_, "SELECT name FROM groups WHERE id = ?", id);
+    BoundStatement group(database_, "SELECT name FROM groups WHERE id = ?", id);
     group->executeStep();
     std::string line = group->getColumn(0).getString() + ":x:" + std::to_string(id) + ':';
-    Prepared member(database_, MEMBERS, id);
+    BoundStatement member(database_, MEMBERS, id);
     for (const char* mark = ""; member->executeStep(); mark = ",") {
         line += mark + member->getColumn(0).getString();
     }
@@ -97,7 +97,7 @@ std::string Store::group_line(std::int64_t id)
 void Store::touch(std::int64_t account)
 {
     touched_accounts_.insert(account);
-    Prepared row(database_, "SELECT group_id FROM memberships WHERE account_id = ?", account);
+    BoundStatement row(database_, "SELECT group_id FROM memberships WHERE account_id = ?", account);
     while (row->executeStep()) {
         touched_groups_.insert(row->getColumn(0).getInt64());
     }
