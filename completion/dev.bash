@@ -21,7 +21,7 @@ _dev_words() {
                     test) words='--all --target --way' ;;
                     demo) words='--way --full --whole --html' ;;
                     abi) words=--update ;;
-                    bench) words='--save --device --plot --recording --way' ;;
+                    bench) words='--save --device --plot --recording --desk --accounts --commands --way' ;;
                     desk) words=--way ;;
                     soak) words='--seed --only --way' ;;
                     fuzz) [ "$COMP_CWORD" -ne 2 ] || words="all $(ls "$_dev_root/tests/fuzz/corpus")" ;;

@@ -1,7 +1,5 @@
 #include "devkit/boxwelld/chaos.h"
 
-#include "devkit/boxwelld/sql.h"
-
 #include <SQLiteCpp/Transaction.h>
 
 #include <algorithm>
@@ -113,13 +111,13 @@ void end_chaos(Store& store)
 
 std::optional<Chaos> present_chaos(Store& store)
 {
-    SQLite::Statement row(store.database(), "SELECT seed, rate, kinds, count, come FROM chaos");
-    if (!row.executeStep()) {
+    BoundStatement row(store.database(), "SELECT seed, rate, kinds, count, come FROM chaos");
+    if (!row->executeStep()) {
         return std::nullopt;
     }
     return Chaos{
-        row.getColumn(0).getUInt(), row.getColumn(1).getInt(), chaos_kinds(row.getColumn(2)),
-        row.getColumn(3).getInt(), row.getColumn(4).getInt64()};
+        row->getColumn(0).getUInt(), row->getColumn(1).getInt(), chaos_kinds(row->getColumn(2)),
+        row->getColumn(3).getInt(), row->getColumn(4).getInt64()};
 }
 
 std::optional<Order> take_chaos(Store& store)

@@ -56,17 +56,23 @@ std::string read_text(const std::string& path)
     return read_all(open_file(path, O_RDONLY), path);
 }
 
-void overwrite(const Fd& file, const std::string& path, std::string_view text)
+void write_at(const Fd& file, const std::string& path, std::string_view text, std::size_t at)
 {
-    std::size_t done = 0;
-    while (done < text.size()) {
+    while (!text.empty()) {
         const ssize_t written =
-            pwrite(file.get(), text.data() + done, text.size() - done, static_cast<off_t>(done));
+            pwrite(file.get(), text.data(), text.size(), static_cast<off_t>(at));
         if (written < 0 && errno != EINTR) {
             throw_errno(path);
         }
-        done += written < 0 ? 0 : static_cast<std::size_t>(written);
+        const std::size_t done = written < 0 ? 0 : static_cast<std::size_t>(written);
+        text.remove_prefix(done);
+        at += done;
     }
+}
+
+void overwrite(const Fd& file, const std::string& path, std::string_view text)
+{
+    write_at(file, path, text, 0);
     if (ftruncate(file.get(), static_cast<off_t>(text.size())) != 0) {
         throw_errno(path);
     }

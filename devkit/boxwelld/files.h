@@ -13,6 +13,8 @@ struct Paths {
     std::string group = "/etc/group";
 
     std::string database() const { return state + "/state.db"; }
+    /** The text of passwd or group (`name`) while it is written whole. */
+    std::string unfinished(const std::string& name) const { return state + '/' + name + ".whole"; }
     std::string transcript() const { return state + "/transcript.jsonl"; }
 };
 
@@ -43,6 +45,9 @@ std::string read_all(const Fd& file, const std::string& path);
 
 /** The whole of a file, or of standard input for "-". */
 std::string read_text(const std::string& path);
+
+/** Writes `text` into the open file, `at` bytes behind its begin. */
+void write_at(const Fd& file, const std::string& path, std::string_view text, std::size_t at);
 
 /**
  * Gives the open file the content `text` in place, as a bind-mounted file needs it: written in one

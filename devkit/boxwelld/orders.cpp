@@ -1,7 +1,7 @@
 #include "devkit/boxwelld/orders.h"
 
 #include "devkit/boxwelld/chaos.h"
-#include "devkit/boxwelld/sql.h"
+#include "devkit/boxwelld/stages.h"
 
 #include <SQLiteCpp/Transaction.h>
 
@@ -12,26 +12,26 @@ struct Row {
     WaitingOrder waiting;
 };
 
-std::vector<Row> rows(SQLite::Database& database)
+std::vector<Row> rows(Connection& database)
 {
-    SQLite::Statement row(
+    BoundStatement row(
         database, "SELECT id, kind, text, skip, count, holds FROM orders ORDER BY id"
     );
     std::vector<Row> found;
-    while (row.executeStep()) {
+    while (row->executeStep()) {
         found.push_back(
-            {row.getColumn(0).getInt64(),
-             {{row.getColumn(1), row.getColumn(2), 0},
-              row.getColumn(3).getInt(),
-              row.getColumn(4).getInt(),
-              row.getColumn(5)}}
+            {row->getColumn(0).getInt64(),
+             {{row->getColumn(1), row->getColumn(2), 0},
+              row->getColumn(3).getInt(),
+              row->getColumn(4).getInt(),
+              row->getColumn(5)}}
         );
     }
     return found;
 }
 
 /** The row after one more request has passed or taken it. */
-void count_down(SQLite::Database& database, const Row& row)
+void count_down(Connection& database, const Row& row)
 {
     if (row.waiting.skip > 0) {
         execute(database, "UPDATE orders SET skip = skip - 1 WHERE id = ?", row.id);
@@ -61,7 +61,11 @@ void place_order(Store& store, const Order& order, int skip, int count, const st
 
 std::optional<Order> take_order(Store& store, const std::string& request)
 {
-    SQLite::Database& database = store.database();
+    const Timed timed(Stage::Database);
+    Connection& database = store.database();
+    if (!exists(database, "SELECT 1 FROM orders UNION ALL SELECT 1 FROM chaos")) {
+        return std::nullopt;
+    }
     SQLite::Transaction transaction(database, SQLite::TransactionBehavior::IMMEDIATE);
     std::optional<Order> order;
     for (const Row& row : rows(database)) {

@@ -2,6 +2,7 @@
 
 #include "devkit/boxwelld/client.h"
 #include "devkit/boxwelld/orders.h"
+#include "devkit/boxwelld/stages.h"
 #include "devkit/boxwelld/transactions.h"
 #include "devkit/boxwelld/transcript.h"
 #include "devkit/bwdclient/frame.h"
@@ -128,10 +129,12 @@ Outcome answer(Store& store, const Paths& paths, const std::string& request)
     const Change change;
     const auto came = std::chrono::system_clock::now();
     const auto begin = std::chrono::steady_clock::now();
+    take_stage_times(); // those of before are nobody's
     const std::optional<Order> order = take_order(store, request);
     Outcome outcome = order ? follow(store, *order, request) : Outcome{carry_out(store, request)};
     Exchange exchange = {
-        request, outcome.reply, order ? std::optional(order->to_string()) : std::nullopt, came, {}};
+        request, outcome.reply,     order ? std::optional(order->to_string()) : std::nullopt, came,
+        {},      take_stage_times()};
     if (outcome.fate == Fate::Answered) {
         exchange.answer_in = std::chrono::duration_cast<std::chrono::microseconds>(
             std::chrono::steady_clock::now() - begin + std::chrono::milliseconds(outcome.delay_ms)

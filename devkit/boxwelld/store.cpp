@@ -1,7 +1,6 @@
 #include "devkit/boxwelld/store.h"
 
 #include "devkit/boxwelld/account_checks.h"
-#include "devkit/boxwelld/account_files.h"
 #include "devkit/boxwelld/sql.h"
 
 #include <SQLiteCpp/Transaction.h>
@@ -32,6 +31,7 @@ CREATE TABLE IF NOT EXISTS memberships (
     account_id INTEGER NOT NULL REFERENCES accounts ON DELETE CASCADE,
     group_id INTEGER NOT NULL REFERENCES groups,
     PRIMARY KEY (account_id, group_id));
+CREATE INDEX IF NOT EXISTS memberships_by_group ON memberships (group_id);
 CREATE TABLE IF NOT EXISTS remote_users (name TEXT PRIMARY KEY, full_name TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS cloud_owner (name TEXT NOT NULL);
 CREATE TABLE IF NOT EXISTS orders (
@@ -43,7 +43,7 @@ CREATE TABLE IF NOT EXISTS chaos ( -- one row, or none
 )";
 
 /** States that were made before a column was. */
-void add_missing_columns(SQLite::Database& database)
+void add_missing_columns(Connection& database)
 {
     constexpr char HAS_HOLDS[] = "SELECT 1 FROM pragma_table_info('orders') WHERE name = 'holds'";
     if (exists(database, HAS_HOLDS)) {
@@ -67,8 +67,9 @@ std::string make_state_folder(const Paths& paths)
 } // namespace
 
 Store::Store(const Paths& paths)
-    : paths_(paths),
-      database_(make_state_folder(paths), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_MS)
+    : database_(make_state_folder(paths), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, BUSY_MS),
+      passwd_(paths.passwd, paths.unfinished("passwd")),
+      group_(paths.group, paths.unfinished("group"))
 {
     database_.exec(SCHEMA);
     add_missing_columns(database_);
@@ -79,27 +80,22 @@ void Store::change(const std::function<void()>& work)
     bool files_touched = false;
     try {
         SQLite::Transaction transaction(database_, SQLite::TransactionBehavior::IMMEDIATE);
+        read_account_files();
         work();
         files_touched = true;
         write_account_files();
         transaction.commit();
+        replace_files_ = false;
     } catch (...) {
         try {
             if (files_touched) {
-                write_account_files();
+                const SQLite::Transaction alone(database_, SQLite::TransactionBehavior::IMMEDIATE);
+                replace_account_files();
             }
         } catch (const std::exception&) { // the first failure is the one that tells
         }
         throw;
     }
-}
-
-void Store::write_account_files()
-{
-    const std::vector<Account> all_accounts = accounts();
-    const std::vector<Group> all_groups = groups();
-    rewrite_section(paths_.passwd, passwd_lines(all_accounts, all_groups));
-    rewrite_section(paths_.group, group_lines(all_accounts, all_groups));
 }
 
 std::int64_t Store::choose_id(const std::optional<std::int64_t>& wanted, const char* next)
@@ -114,22 +110,22 @@ std::int64_t Store::choose_id(const std::optional<std::int64_t>& wanted, const c
 void Store::add_group(const std::string& name, std::optional<std::int64_t> id)
 {
     check_name("group", name);
-    if (exists(database_, "SELECT 1 FROM groups WHERE name = ?", name) ||
-        is_taken(paths_.group, name)) {
+    if (exists(database_, "SELECT 1 FROM groups WHERE name = ?", name) || group_.is_taken(name)) {
         throw Refusal("Group " + name + " already exists");
     }
     execute(
         database_, "INSERT INTO groups VALUES (?, ?)",
         choose_id(id, "SELECT coalesce(max(id), 1999) + 1 FROM groups"), name
     );
+    replace_files_ = true;
 }
 
 std::vector<Group> Store::groups()
 {
-    SQLite::Statement row(database_, "SELECT id, name FROM groups ORDER BY id");
+    BoundStatement row(database_, "SELECT id, name FROM groups ORDER BY id");
     std::vector<Group> found;
-    while (row.executeStep()) {
-        found.push_back({row.getColumn(0).getInt64(), row.getColumn(1)});
+    while (row->executeStep()) {
+        found.push_back({row->getColumn(0).getInt64(), row->getColumn(1)});
     }
     return found;
 }
@@ -156,10 +152,10 @@ void Store::delete_remote_user(const std::string& name)
 
 std::vector<RemoteUser> Store::remote_users()
 {
-    SQLite::Statement row(database_, "SELECT name, full_name FROM remote_users ORDER BY name");
+    BoundStatement row(database_, "SELECT name, full_name FROM remote_users ORDER BY name");
     std::vector<RemoteUser> found;
-    while (row.executeStep()) {
-        found.push_back({row.getColumn(0), row.getColumn(1)});
+    while (row->executeStep()) {
+        found.push_back({row->getColumn(0), row->getColumn(1)});
     }
     return found;
 }
@@ -175,8 +171,8 @@ void Store::set_cloud_owner(const std::string& name)
 
 std::string Store::cloud_owner()
 {
-    SQLite::Statement row(database_, "SELECT name FROM cloud_owner");
-    return row.executeStep() ? row.getColumn(0).getString() : "";
+    BoundStatement row(database_, "SELECT name FROM cloud_owner");
+    return row->executeStep() ? row->getColumn(0).getString() : "";
 }
 
 void Store::clear()
@@ -184,4 +180,5 @@ void Store::clear()
     database_.exec("DELETE FROM accounts; DELETE FROM groups; DELETE FROM remote_users;"
                    "DELETE FROM cloud_owner; DELETE FROM orders; DELETE FROM chaos; DELETE FROM "
                    "sqlite_sequence");
+    replace_files_ = true;
 }

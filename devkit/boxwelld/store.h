@@ -6,10 +6,11 @@
 
 #include "devkit/boxwelld/account.h"
 #include "devkit/boxwelld/files.h"
-
-#include <SQLiteCpp/Database.h>
+#include "devkit/boxwelld/section_file.h"
+#include "devkit/boxwelld/sql.h"
 
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -54,18 +55,30 @@ class Store {
     std::vector<RemoteUser> remote_users();
     std::string cloud_owner();
 
-    SQLite::Database& database() { return database_; }
+    Connection& database() { return database_; }
 
   private:
+    /** Reads passwd and group where another than this object may have changed them. */
+    void read_account_files();
     void write_account_files();
+    void replace_account_files();
+    /** Whether the lines of what was touched could be set. */
+    bool write_touched();
+    std::string passwd_line(std::int64_t id);
+    std::string group_line(std::int64_t id);
+    /** The account's name changes: its line does, and those of the groups that it is in. */
+    void touch(std::int64_t account);
     /** The id that is asked for, or what the query `next` gives; passwd must be able to hold it. */
     std::int64_t choose_id(const std::optional<std::int64_t>& wanted, const char* next);
     std::int64_t group_id(const std::string& name);
-    /** A cloud owner who is renamed stays the cloud owner. */
-    void set_name(std::int64_t id, const std::string& name);
-    template<class Value>
-    void set_column(std::int64_t id, const std::string& column, const Value& value);
+    /** A Refusal where the name is none, or another's than the account's with this id. */
+    void expect_free(const std::string& name, std::int64_t id);
 
-    Paths paths_;
-    SQLite::Database database_;
+    Connection database_;
+    SectionFile passwd_;
+    SectionFile group_;
+    std::int64_t version_ = -1; // the database's, as other processes change it
+    bool replace_files_ = true; // what was touched is not all that may differ
+    std::set<std::int64_t> touched_accounts_;
+    std::set<std::int64_t> touched_groups_;
 };

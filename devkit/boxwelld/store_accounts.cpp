@@ -1,12 +1,28 @@
 #include "devkit/boxwelld/account_checks.h"
-#include "devkit/boxwelld/account_files.h"
-#include "devkit/boxwelld/sql.h"
 #include "devkit/boxwelld/store.h"
 
 namespace {
 
 constexpr char NEXT_ID[] =
     "SELECT max(1000, coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'accounts'), 0)) + 1";
+
+// What is not bound stays.
+constexpr char SET_ACCOUNT[] =
+    "UPDATE accounts SET name = coalesce(:name, name), group_id = coalesce(:group_id, group_id),"
+    " locked = coalesce(:locked, locked), email = coalesce(:email, email),"
+    " smb_hash = coalesce(:smb_hash, smb_hash), sys_hash = coalesce(:sys_hash, sys_hash),"
+    " p2p_user_name = coalesce(:p2p_user_name, p2p_user_name) WHERE id = :id";
+constexpr char MEMBER_OF[] = "SELECT name FROM memberships JOIN groups ON id = group_id"
+                             " WHERE account_id = ? ORDER BY name";
+constexpr char RENAME_OWNER[] =
+    "UPDATE cloud_owner SET name = ? WHERE name = (SELECT name FROM accounts WHERE id = ?)";
+
+void bind(BoundStatement& row, const char* parameter, const std::optional<std::string>& text)
+{
+    if (text) {
+        row->bind(parameter, *text);
+    }
+}
 
 Refusal unknown(std::int64_t id)
 {
@@ -17,12 +33,11 @@ Refusal unknown(std::int64_t id)
 
 std::int64_t Store::group_id(const std::string& name)
 {
-    SQLite::Statement row(database_, "SELECT id FROM groups WHERE name = ?");
-    SQLite::bind(row, name);
-    if (!row.executeStep()) {
+    BoundStatement row(database_, "SELECT id FROM groups WHERE name = ?", name);
+    if (!row->executeStep()) {
         throw Refusal("Unknown group " + name);
     }
-    return row.getColumn(0).getInt64();
+    return row->getColumn(0).getInt64();
 }
 
 std::int64_t Store::add_account(const AccountFields& fields, std::optional<std::int64_t> id)
@@ -44,52 +59,48 @@ void Store::set_account(std::int64_t id, const AccountFields& fields)
         throw unknown(id);
     }
     if (fields.name) {
-        set_name(id, *fields.name);
+        expect_free(*fields.name, id);
+        execute(database_, RENAME_OWNER, *fields.name, id);
     }
+    if (fields.name || fields.group) {
+        touch(id);
+    }
+    BoundStatement change(database_, SET_ACCOUNT);
+    change->bind(":id", id);
+    bind(change, ":name", fields.name);
     if (fields.group) {
-        set_column(id, "group_id", group_id(*fields.group));
+        change->bind(":group_id", group_id(*fields.group));
     }
     if (fields.locked) {
-        set_column(id, "locked", *fields.locked ? 1 : 0);
+        change->bind(":locked", *fields.locked ? 1 : 0);
     }
     const std::pair<const char*, const std::optional<std::string>&> texts[] = {
-        {"email", fields.email},
-        {"smb_hash", fields.smb_hash},
-        {"sys_hash", fields.sys_hash},
-        {"p2p_user_name", fields.p2p_user_name},
+        {":email", fields.email},
+        {":smb_hash", fields.smb_hash},
+        {":sys_hash", fields.sys_hash},
+        {":p2p_user_name", fields.p2p_user_name},
     };
-    for (const auto& [column, text] : texts) {
-        if (!text) {
-            continue;
+    for (const auto& [parameter, text] : texts) {
+        if (text) {
+            check_text(parameter + 1, *text);
         }
-        check_text(column, *text);
-        set_column(id, column, *text);
+        bind(change, parameter, text);
     }
+    change->exec();
 }
 
-void Store::set_name(std::int64_t id, const std::string& name)
+void Store::expect_free(const std::string& name, std::int64_t id)
 {
     check_name("user", name);
     if (exists(database_, "SELECT 1 FROM accounts WHERE name = ? AND id <> ?", name, id) ||
-        is_taken(paths_.passwd, name)) {
+        passwd_.is_taken(name)) {
         throw Refusal("User " + name + " already exists");
     }
-    execute(
-        database_,
-        "UPDATE cloud_owner SET name = ? WHERE name = (SELECT name FROM accounts WHERE id = ?)",
-        name, id
-    );
-    set_column(id, "name", name);
-}
-
-template<class Value>
-void Store::set_column(std::int64_t id, const std::string& column, const Value& value)
-{
-    execute(database_, "UPDATE accounts SET " + column + " = ? WHERE id = ?", value, id);
 }
 
 void Store::delete_account(std::int64_t id)
 {
+    touch(id);
     if (execute(database_, "DELETE FROM accounts WHERE id = ?", id) == 0) {
         throw unknown(id);
     }
@@ -98,6 +109,7 @@ void Store::delete_account(std::int64_t id)
 void Store::add_membership(std::int64_t account, const std::string& group)
 {
     execute(database_, "INSERT OR IGNORE INTO memberships VALUES (?, ?)", account, group_id(group));
+    replace_files_ = true;
 }
 
 std::vector<Account> Store::find_accounts(Property property, Match match, const std::string& value)
@@ -105,34 +117,30 @@ std::vector<Account> Store::find_accounts(Property property, Match match, const 
     const std::string column = property == Property::UserName ? "a.name" : "a.email";
     const std::string condition =
         match == Match::Equal ? column + " = ?" : "instr(lower(" + column + "), lower(?)) > 0";
-    SQLite::Statement row(
-        database_, "SELECT a.id, a.name, g.name, locked, email, smb_hash, sys_hash, p2p_user_name"
-                   " FROM accounts a JOIN groups g ON g.id = group_id WHERE " +
-                       condition + " ORDER BY a.name"
+    BoundStatement row(
+        database_,
+        "SELECT a.id, a.name, g.name, locked, email, smb_hash, sys_hash, p2p_user_name"
+        " FROM accounts a JOIN groups g ON g.id = group_id WHERE " +
+            condition + " ORDER BY a.name",
+        value
     );
-    SQLite::Statement membership(
-        database_, "SELECT name FROM memberships JOIN groups ON id = group_id"
-                   " WHERE account_id = ? ORDER BY name"
-    );
-    SQLite::bind(row, value);
     std::vector<Account> found;
-    while (row.executeStep()) {
+    while (row->executeStep()) {
         found.push_back(
-            {row.getColumn(0).getInt64(),
-             row.getColumn(1),
-             row.getColumn(2),
-             row.getColumn(3).getInt() != 0,
-             row.getColumn(4),
-             row.getColumn(5),
-             row.getColumn(6),
-             row.getColumn(7),
+            {row->getColumn(0).getInt64(),
+             row->getColumn(1),
+             row->getColumn(2),
+             row->getColumn(3).getInt() != 0,
+             row->getColumn(4),
+             row->getColumn(5),
+             row->getColumn(6),
+             row->getColumn(7),
              {}}
         );
-        SQLite::bind(membership, found.back().id);
-        while (membership.executeStep()) {
-            found.back().member_of.push_back(membership.getColumn(0));
+        BoundStatement membership(database_, MEMBER_OF, found.back().id);
+        while (membership->executeStep()) {
+            found.back().member_of.push_back(membership->getColumn(0));
         }
-        membership.reset();
     }
     return found;
 }

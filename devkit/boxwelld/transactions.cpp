@@ -2,6 +2,7 @@
 
 #include "devkit/boxwelld/reply.h"
 #include "devkit/boxwelld/request.h"
+#include "devkit/boxwelld/stages.h"
 
 #include <charconv>
 
@@ -170,17 +171,22 @@ std::string carry_out(Store& store, const std::string& text)
 {
     Envelope envelope;
     try {
+        const Timed reading(Stage::Request);
         const Request request = read_request(text, envelope);
         const Operation& operation = find_operation(request.operation);
         Records records;
         const auto run = [&] {
             records = operation.run(request.operation, store);
         };
-        if (operation.changes) {
-            store.change(run);
-        } else {
-            run();
+        {
+            const Timed timed(Stage::Database);
+            if (operation.changes) {
+                store.change(run);
+            } else {
+                run();
+            }
         }
+        const Timed replying(Stage::Reply);
         return success_reply(envelope, records);
     } catch (const std::exception& failure) {
         return failure_reply(envelope, failure.what());

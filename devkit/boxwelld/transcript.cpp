@@ -44,6 +44,15 @@ Json milliseconds(const std::optional<std::chrono::microseconds>& time)
     return time ? Json(std::chrono::duration<double, std::milli>(*time).count()) : Json();
 }
 
+Json stages(const StageTimes& times)
+{
+    Json object;
+    for (std::size_t at = 0; at < times.size(); ++at) {
+        object[STAGES[at]] = std::chrono::duration<double, std::milli>(times[at]).count();
+    }
+    return object;
+}
+
 /** ", 2026-11-24 16:13:12.345 UTC, 0.4 ms", as far as it is known. */
 std::string times_for_people(const Json& exchange)
 {
@@ -79,6 +88,7 @@ void append_to_transcript(const Paths& paths, const Exchange& exchange)
     const std::string line = dump(
                                  {{"time", iso_time(exchange.came)},
                                   {"milliseconds", milliseconds(exchange.answer_in)},
+                                  {"stages", stages(exchange.stages)},
                                   {"request", exchange.request},
                                   {"reply", optional(exchange.reply)},
                                   {"order", optional(exchange.order)}},
@@ -120,7 +130,8 @@ std::string transcript(const Paths& paths, std::size_t from, bool json)
         if (number < from || lines.eof()) { // the end of a line that is being written is missing
             continue;
         }
-        Json exchange = {{"n", number}, {"time", nullptr}, {"milliseconds", nullptr}};
+        Json exchange = {
+            {"n", number}, {"time", nullptr}, {"milliseconds", nullptr}, {"stages", nullptr}};
         exchange.update(Json::parse(line));
         text += for_people(exchange);
         exchanges.push_back(std::move(exchange));

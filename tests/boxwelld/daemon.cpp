@@ -101,6 +101,15 @@ Outcome Daemon::run(const std::string& arguments)
     return {WEXITSTATUS(pclose(pipe)), output};
 }
 
+std::map<std::string, long> Daemon::input_and_output() const
+{
+    std::map<std::string, long> counts;
+    std::ifstream file("/proc/" + std::to_string(process_) + "/io");
+    for (std::string name; file >> name;)
+        file >> counts[name];
+    return counts;
+}
+
 std::string Daemon::read(const std::string& name) const
 {
     std::ifstream file(path(name));

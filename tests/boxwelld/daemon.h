@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -39,6 +40,9 @@ class Daemon {
     /** Runs the daemon's program; `arguments` are a shell's. */
     static Outcome run(const std::string& arguments);
     static Json state() { return Json::parse(run("show --json").output); }
+
+    /** What the process has read and written, by the names in /proc/PID/io. */
+    std::map<std::string, long> input_and_output() const;
 
     std::string path(const std::string& name) const { return folder_ + '/' + name; }
     std::string read(const std::string& name) const;

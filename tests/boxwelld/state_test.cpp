@@ -82,7 +82,8 @@ TEST(Transcript, TellsWhenARequestCameAndHowLongTheReplyTook)
     call(find_user("bob"));
     const Json all = Json::parse(daemon.run("transcript --json").output);
     ASSERT_EQ(all.size(), 4);
-    EXPECT_EQ(all[0], Json::parse(R"({"n": 1, "time": null, "milliseconds": null, "request": "old", "reply": null,
+    EXPECT_EQ(all[0],
+        Json::parse(R"({"n": 1, "time": null, "milliseconds": null, "stages": null, "request": "old", "reply": null,
         "order": "fail"})"));
     for (std::size_t i = 1; i < all.size(); ++i) {
         const std::string text = all[i].at("time");
@@ -93,6 +94,9 @@ TEST(Transcript, TellsWhenARequestCameAndHowLongTheReplyTook)
         EXPECT_LE(timegm(&parts), time(nullptr));
     }
     EXPECT_GE(all[1].at("milliseconds"), 0);
+    for (const char* stage : {"request", "database", "reply"})
+        EXPECT_GT(all[1].at("stages").at(stage), 0) << stage;
+    EXPECT_EQ(all[1].at("stages").at("files"), 0);
     EXPECT_GE(all[2].at("milliseconds"), 20);
     EXPECT_EQ(all[3].at("milliseconds"), Json());
     const std::string text = daemon.run("transcript").output;

@@ -67,8 +67,8 @@ std::optional<std::string> text_at(const char* path)
 
 using Lines = std::multiset<std::string>;
 
-/** The lines of passwd or group: all but the daemon's remarks, or all outside what stands between
- * them. */
+/** The lines of passwd or group: all but the daemon's remarks and the comments between them, or all
+ * outside of these. */
 Lines lines_of(const std::string& path, bool foreign_only)
 {
     std::istringstream text(read_text(path));
@@ -77,7 +77,7 @@ Lines lines_of(const std::string& path, bool foreign_only)
     for (std::string line; std::getline(text, line);) {
         if (line.starts_with("# boxwelld: ")) {
             own = !own;
-        } else if (!own || !foreign_only) {
+        } else if (!own || (!foreign_only && !line.starts_with('#'))) {
             lines.insert(line);
         }
     }
