@@ -1,8 +1,7 @@
-/** Kinds of characters that editing removes, and their removal. */
+/** Characters that editing removes, and their removal. */
 #pragma once
 
 #include <cctype>
-#include <cstddef>
 
 /**
  * White space as isspace(3) tells it in the thread's locale, by the table that it reads: one call a
@@ -17,16 +16,6 @@ class WhiteSpace {
 
   private:
     const unsigned short* classes = *__ctype_b_loc();
-};
-
-/** Line feed and carriage return; by a table, since two comparisons a byte take longer. */
-class LineEnd {
-  public:
-    LineEnd() { ends[std::size_t{'\n'}] = ends[std::size_t{'\r'}] = true; }
-    bool operator()(char character) const { return ends[static_cast<unsigned char>(character)]; }
-
-  private:
-    bool ends[256] = {};
 };
 
 /** Removes the characters of a kind from a text in place; returns its new end. */

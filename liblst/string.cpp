@@ -5,6 +5,43 @@
 
 #include <cstring>
 
+namespace {
+
+using Word = std::size_t;
+constexpr Word ONES = ~Word{0} / 255; // a one in each byte
+
+/** Whether one of a word's bytes is `byte`: xor makes it 0, from which alone a borrow reaches the
+ * top bit of a byte that had none (S. E. Anderson, "Bit Twiddling Hacks"). */
+bool holds(Word word, char byte)
+{
+    word ^= ONES * static_cast<unsigned char>(byte);
+    return ((word - ONES) & ~word & ONES * 128) != 0;
+}
+
+/** Copies up to `size` bytes, of which there is one, without line ends: a word at once that has
+ * none, or else byte by byte; returns how many were read, and moves `to` behind what was written.
+ */
+std::size_t copyWithoutLineEnds(char*& to, const char* from, std::size_t size)
+{
+    Word word = 0;
+    if (size >= sizeof word) {
+        std::memcpy(&word, from, sizeof word);
+        if (!holds(word, '\n') && !holds(word, '\r')) {
+            std::memcpy(to, &word, sizeof word);
+            to += sizeof word;
+            return sizeof word;
+        }
+        size = sizeof word;
+    }
+    for (const char* end = from + size; from != end; ++from) {
+        *to = *from;
+        to += *from == '\n' || *from == '\r' ? 0 : 1;
+    }
+    return size;
+}
+
+} // namespace
+
 EXPORTED char* ptCutStr(const char* string, const char* begin, const char* end)
 {
     if (string == nullptr || begin == nullptr || end == nullptr) {
@@ -24,7 +61,13 @@ EXPORTED int chopStr(char* s)
     if (s == nullptr) {
         return badArgument(-1);
     }
-    removeEach(s, LineEnd());
+    char* to = s;
+    for (std::size_t rest = std::strlen(s); rest != 0;) {
+        const std::size_t taken = copyWithoutLineEnds(to, s, rest);
+        s += taken;
+        rest -= taken;
+    }
+    *to = '\0';
     return 0;
 }
 
