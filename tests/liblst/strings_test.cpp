@@ -113,6 +113,7 @@ TEST(Strings, EditInPlace)
         {"\r\n a\r\rb \nc\n\r", " ab c", "a\r\rb \nc", "abc"},
         {"\t\v\f x y \t", "\t\v\f x y \t", "x y", "xy"},
         {" \n ", "  ", "", ""},
+        {"to its end \t", "to its end \t", "to its end", "toitsend"},
         {"\xc3\xa4 \x7f~!", "\xc3\xa4 \x7f~!", "\xc3\xa4 \x7f~!", "\xc3\xa4\x7f~!"},
     };
     for (const auto& row : cases) {
@@ -125,6 +126,20 @@ TEST(Strings, EditInPlace)
         EXPECT_EQ(text(chopped), row.chopped);
         EXPECT_EQ(text(trimmed), row.trimmed);
         EXPECT_EQ(text(without_gaps), row.without_gaps);
+    }
+}
+
+TEST(Strings, ChopFindsALineEndAtEveryPlace)
+{
+    // Among bytes that differ from one in a bit, or by one.
+    const std::string others = "0123456\t\v\f\x0e\x02\x08\x1a\x2a\x4a\x8a\x05\x0f\x1d\x2d\x4d\x8d\x01\x80\xff";
+    for (const char line_end : {'\n', '\r'}) {
+        for (std::size_t place = 0; place <= others.size(); ++place) {
+            std::string string = others;
+            char* chopped = Strdup(string.insert(place, 1, line_end).c_str());
+            EXPECT_EQ(chopStr(chopped), 0);
+            EXPECT_EQ(text(chopped), others) << place;
+        }
     }
 }
 
