@@ -10,7 +10,7 @@ void benchOperations(Frame& frame);
 void benchSessions(Frame& frame);
 void benchLists(Frame& frame);
 void benchReplace(Frame& frame);
-void benchStrings(Frame& frame);
+void benchCut(Frame& frame);
 void benchEditing(Frame& frame);
 void benchFiles(Frame& frame);
 void benchLines(Frame& frame);

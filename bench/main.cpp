@@ -49,7 +49,7 @@ int main(int argc, char** argv)
     benchSessions(frame);
     benchLists(frame);
     benchReplace(frame);
-    benchStrings(frame);
+    benchCut(frame);
     benchEditing(frame);
     benchFiles(frame);
     benchLines(frame);

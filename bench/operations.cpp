@@ -101,7 +101,7 @@ void countCalls(Frame& frame, const Command& command)
     }
     name = command.params[0] + ", system calls";
     if (frame.wants(name)) {
-        benchSystemCalls(frame, name, ours, work(command, 3, bareExecute), "floor", 1);
+        benchSystemCalls(frame, name, ours, floor, "floor", 1);
     }
     name += ", owner file read once";
     if (command.params[0].starts_with("up") && frame.wants(name)) { // an update or upgrade

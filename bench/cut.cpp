@@ -19,6 +19,8 @@ Text cutBarely(const std::string& text, std::string_view begin, std::string_view
     return Text(strndup(from, static_cast<std::size_t>(to - from)));
 }
 
+} // namespace
+
 void benchCut(Frame& frame)
 {
     // Half a MiB in front, a quarter to copy, a quarter behind.
@@ -41,11 +43,4 @@ void benchCut(Frame& frame)
         },
         floor
     );
-}
-
-} // namespace
-
-void benchStrings(Frame& frame)
-{
-    benchCut(frame);
 }
